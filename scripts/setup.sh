@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build needs, when any is missing.
+# As root it runs apt-get; otherwise it prints the apt-get line and stops.
+set -euo pipefail
+
+packages=(
+  cmake make g++ gcc
+  googletest libgtest-dev libbenchmark-dev
+  nlohmann-json3-dev
+  gcc-multilib g++-multilib
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  status=$(dpkg-query -W -f='${Status}' "$p" 2>/dev/null || true)
+  [[ "$status" == "install ok installed" ]] || missing+=("$p")
+done
+
+if ((${#missing[@]} == 0)); then
+  exit 0
+fi
+
+line="apt-get install -y --no-install-recommends ${missing[*]}"
+if [[ $(id -u) -ne 0 ]]; then
+  echo "glintwave setup: missing Debian packages: ${missing[*]}" >&2
+  echo "Run as root:  apt-get update && $line" >&2
+  exit 1
+fi
+echo "glintwave setup: installing ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq
+$line
