@@ -1,0 +1,93 @@
+/*
+ * GenerateFlare.cpp - paints a whole flare into the buffer described by
+ * flarePixelBuffer, row by row, or sketches it for an 8-bit buffer.
+ *
+ * Within a row all rings are painted in list order, then all streaks; every
+ * addition saturates, so the order shows only at full level and in the
+ * 32-bit dither. With statusFlag the rows are reported to the host as they
+ * are done ("Drawing Flare", counted in "Scanline"s of the flare's frame),
+ * and the host's cancel stops the painting before the next row; the preview
+ * paints without reports.
+ *
+ * The host owns the buffer, and its base, row bytes and rectangle are taken
+ * as given. A buffer without a base address is the one case guarded here:
+ * nothing is painted or reported and the result is 0.
+ */
+#include "FlareRender.h"
+#include "PluginClient.h"
+#include "RectUtils.h"
+
+namespace {
+
+using PaintRowProc = void (*)(ControlDataRec*, PluginDataRec*, const L_Rect*, int32_t);
+
+/* Progress through the frame's rows when row y is next. */
+float RowPosition(const PluginDataRec* theData, int32_t y)
+{
+    return (float)((int64_t)y - theData->flareRect.top) / (float)theData->flareRect.height;
+}
+
+int32_t RowValue(const PluginDataRec* theData, int32_t y)
+{
+    return (int32_t)((int64_t)y - theData->flareRect.top);
+}
+
+void PaintFlareRows(ControlDataRec* theControl, PluginDataRec* theData, bool statusFlag, int32_t* result,
+                    PaintRowProc paintRings, PaintRowProc paintStreaks)
+{
+    const L_Rect bufferRect = theData->flarePixelBuffer.bufferRect;
+    int32_t y = bufferRect.top;
+
+    if (statusFlag) {
+        HostStatusRec* theStatus = &theData->theStatusRec;
+        theStatus->theReference = theData->flareHostReference;
+        theStatus->theStatusPos = RowPosition(theData, y);
+        CopyStr(theStatus->theStatusUnit, "Scanline");
+        CopyStr(theStatus->theStatusInfo, "Drawing Flare");
+        theStatus->theStatusMin = 0;
+        theStatus->theStatusMax = (int32_t)theData->flareRect.height;
+        theStatus->theStatusValue = RowValue(theData, y);
+        theStatus->theStatusTick = 0;
+        CheckStatus(theData, result);
+    }
+
+    while (y < bufferRect.bottom && *result == 0) {
+        L_Rect curRect;
+        SetLRect(&curRect, bufferRect.left, y, bufferRect.right, y + 1);
+        paintRings(theControl, theData, &curRect, y);
+        paintStreaks(theControl, theData, &curRect, y);
+        y += 1;
+        if (statusFlag && StatusTime(theData))
+            UpdateStatus(theData, RowPosition(theData, y), RowValue(theData, y), result);
+    }
+
+    if (statusFlag)
+        UpdateStatus(theData, RowPosition(theData, y), RowValue(theData, y), result);
+}
+
+}  // namespace
+
+int32_t GenerateFlare(ControlDataRec* theControl, PluginDataRec* theData, int16_t theDepth, bool statusFlag)
+{
+    int32_t result = 0;
+    if (theData->flarePixelBuffer.bufferBase == nullptr)
+        return result;
+
+    if (theDepth == 48)
+        PaintFlare48(theControl, theData, statusFlag, &result);
+    else if (theDepth == 32)
+        PaintFlare32(theControl, theData, statusFlag, &result);
+    else
+        SketchFlare(theControl, theData, statusFlag, &result);
+    return result;
+}
+
+void PaintFlare48(ControlDataRec* theControl, PluginDataRec* theData, bool statusFlag, int32_t* result)
+{
+    PaintFlareRows(theControl, theData, statusFlag, result, PaintRings48, PaintStreaks48);
+}
+
+void PaintFlare32(ControlDataRec* theControl, PluginDataRec* theData, bool statusFlag, int32_t* result)
+{
+    PaintFlareRows(theControl, theData, statusFlag, result, PaintRings32, PaintStreaks32);
+}

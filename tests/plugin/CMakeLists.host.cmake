@@ -1,0 +1,23 @@
+# plugin_host_tests: Glintwave.so loaded and driven through Main by the test
+# host (testhost/), which answers the host requests and exports the
+# resource-file toolbox from the test executable, so the plug-in's dlsym
+# lookups find it.
+file(GLOB PLUGIN_HOST_TEST_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/through_main/*_test.cpp)
+if(PLUGIN_HOST_TEST_SOURCES AND TARGET Glintwave AND TARGET korvane_toolbox)
+  add_library(glintwave_testhost STATIC
+    ${CMAKE_CURRENT_SOURCE_DIR}/testhost/TestHost.cpp
+    ${CMAKE_CURRENT_SOURCE_DIR}/testhost/FlareTable.cpp)
+  target_include_directories(glintwave_testhost PUBLIC
+    ${CMAKE_CURRENT_SOURCE_DIR}/testhost ${PROJECT_SOURCE_DIR}/glintwave)
+  target_link_libraries(glintwave_testhost PUBLIC kvkit_headers korvane_resources ${CMAKE_DL_LIBS})
+  # korvane_toolbox's headers; its objects go into the executable itself.
+  target_include_directories(glintwave_testhost PUBLIC
+    $<TARGET_PROPERTY:korvane_toolbox,INTERFACE_INCLUDE_DIRECTORIES>)
+  target_compile_definitions(glintwave_testhost PUBLIC GLINTWAVE_PLUGIN_PATH="$<TARGET_FILE:Glintwave>")
+
+  add_executable(plugin_host_tests ${PLUGIN_HOST_TEST_SOURCES})
+  target_link_libraries(plugin_host_tests PRIVATE glintwave_testhost korvane_toolbox GTest::gtest_main)
+  set_target_properties(plugin_host_tests PROPERTIES ENABLE_EXPORTS ON)
+  add_dependencies(plugin_host_tests Glintwave)
+  gtest_discover_tests(plugin_host_tests TEST_PREFIX "plugin_host." DISCOVERY_TIMEOUT 60)
+endif()
