@@ -16,6 +16,7 @@
 #include "FlareRender.h"
 #include "RectUtils.h"
 #include "RoundUtils.h"
+#include "SafeConvert.h"
 
 namespace {
 
@@ -62,7 +63,7 @@ void AdvanceEdge(EdgeRecord* theEdge, int32_t y)
 {
     if (theEdge->y2 != y) {
         double next = (double)theEdge->xPos + (double)theEdge->step;
-        theEdge->xPos = (float)next;
+        theEdge->xPos = NarrowToFloat(next);
         theEdge->curXPos = ITrunc(next);
         theEdge->y1 = y;
     } else {
@@ -116,9 +117,9 @@ void SetEdge(EdgeRecord* theEdge, int32_t theTop, double xp1, double yp1, double
             y1 = theTop;
         theEdge->y1 = y1;
         theEdge->y2 = y2;
-        theEdge->step = (float)((endX - startX) / (endY - startY));
+        theEdge->step = NarrowToFloat((endX - startX) / (endY - startY));
         double xp = (y1 - startY) * (double)theEdge->step + startX;
-        theEdge->xPos = (float)xp;
+        theEdge->xPos = NarrowToFloat(xp);
         theEdge->curXPos = ITrunc(xp);
     } else {
         /* Wholly above the top row, or covering no row at all. */
@@ -201,7 +202,7 @@ bool SliceEdges(const L_Rect* theRect, int32_t y, EdgeRecord* edges, int16_t* ed
             /* Rows were skipped: one multiply catches up. */
             float skipped = (float)(delta - 1) * theEdge->step;
             double caughtUp = (double)skipped + (double)theEdge->xPos;
-            theEdge->xPos = (float)caughtUp;
+            theEdge->xPos = NarrowToFloat(caughtUp);
             theEdge->curXPos = ITrunc(caughtUp);
             TakeCrossing(theEdge->curXPos, edgeLeft, edgeRight);
             AdvanceEdge(theEdge, y);

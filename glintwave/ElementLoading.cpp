@@ -20,6 +20,7 @@
 #include "GlintwaveBlocks.h"
 #include "GlintwaveData.h"
 #include "KVToolbox.h"
+#include "SafeConvert.h"
 
 /* Full intensity of a 16-bit colour component. */
 static const int16_t kFullComponent = (int16_t)-1; /* 0xFFFF */
@@ -148,9 +149,9 @@ void ReadRingElement(ControlDataRec* theControl, PluginDataRec* theData, KV_Reso
     CopyElementName(theRing->ringName, theRes->ringResName);
     theRing->ringType = theRes->ringResType;
     theRing->ringMode = theRes->ringResMode;
-    theRing->ringPosition = (float)(theRes->ringResOffset * theFactor);
-    theRing->ringInner = (float)(theRes->ringResInside * theFactor);
-    theRing->ringOuter = (float)(theRes->ringResOutside * theFactor);
+    theRing->ringPosition = NarrowToFloat(theRes->ringResOffset * theFactor);
+    theRing->ringInner = NarrowToFloat(theRes->ringResInside * theFactor);
+    theRing->ringOuter = NarrowToFloat(theRes->ringResOutside * theFactor);
 
     RingControl theOverride;
     if (ReadRingOverride(theControl, *theCount - 1, &theOverride)) {
@@ -196,8 +197,8 @@ static void StreakDirection(int32_t theDirX, int32_t theDirY, float* theX, float
     const uint32_t theSquares = (uint32_t)theDirX * (uint32_t)theDirX + (uint32_t)theDirY * (uint32_t)theDirY;
     const double theLength = std::sqrt((double)(int32_t)theSquares);
     if (theLength > 0) {
-        *theX = (float)(theDirX / theLength);
-        *theY = (float)(theDirY / theLength);
+        *theX = NarrowToFloat(theDirX / theLength);
+        *theY = NarrowToFloat(theDirY / theLength);
     } else {
         *theX = 0.0f;
         *theY = 1.0f;
@@ -241,9 +242,9 @@ void ReadStreakElement(ControlDataRec* /*theControl*/, PluginDataRec* theData, K
     /* Streaks keep no name and no type, and have no saved overrides. */
     theStreak->streakNext = 0;
     theStreak->streakMode = theRes->streakResMode;
-    theStreak->streakPosition = (float)(theRes->streakResOffset * theFactor);
-    theStreak->streakInner = (float)(theRes->streakResInside * theFactor);
-    theStreak->streakOuter = (float)(theRes->streakResOutside * theFactor);
+    theStreak->streakPosition = NarrowToFloat(theRes->streakResOffset * theFactor);
+    theStreak->streakInner = NarrowToFloat(theRes->streakResInside * theFactor);
+    theStreak->streakOuter = NarrowToFloat(theRes->streakResOutside * theFactor);
     StreakDirection(theRes->streakResDirX, theRes->streakResDirY, &theStreak->streakX, &theStreak->streakY);
     theStreak->streakScale = 1.0f;
     theStreak->streakIntensity = 1.0f;

@@ -1,7 +1,7 @@
 /*
  * FlareAccess.h - checked access to the elements and colour ramps inside the
- * plug-in data block, and the saturating conversions the model and the
- * renderer use wherever a double is truncated to an integer.
+ * plug-in data block. The saturating conversions the model and the renderer
+ * use wherever a double is narrowed come with it from SafeConvert.h.
  *
  * The block is host memory that may hold anything: every offset read from it
  * is checked to address a whole, suitably aligned record that lies behind
@@ -14,22 +14,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <cmath>
-
 #include "GlintwaveRecords.h"
-
-/* A double truncated toward zero into 32 bits: what a C cast gives wherever
-   that is defined; NaN gives 0 and values beyond the range saturate. */
-inline int32_t TruncLong(double n)
-{
-    if (std::isnan(n))
-        return 0;
-    if (n >= 2147483648.0)
-        return INT32_MAX;
-    if (n <= -2147483649.0)
-        return INT32_MIN;
-    return (int32_t)n;
-}
+#include "SafeConvert.h"
 
 /* True when the block holds size bytes at offset, behind the header and
    inside flareDataSize, with the given alignment. */

@@ -66,7 +66,7 @@ double FlareRotationDegrees(const ControlDataRec* theControl, const PluginDataRe
 /* A point on the light-to-centre line. */
 float PlaceOnAxis(double center, double light, float position)
 {
-    return (float)(center + (light - center) * position);
+    return NarrowToFloat(center + (light - center) * position);
 }
 
 void ClearRing(RingElement* theRing)
@@ -157,14 +157,18 @@ void CalcRingInfo(ControlDataRec* theControl, PluginDataRec* theData, RingElemen
     theRing->ringYPos = PlaceOnAxis(theData->flareYCenter, theData->flareYPosition, theRing->ringPosition);
 
     double size = theControl->flareRingScale * theRing->ringScale * theRing->ringOuter;
-    theRing->ringXRadius = (float)(theData->flareXScale * size * theAspectRatio);
-    theRing->ringYRadius = (float)(theData->flareYScale * size);
+    theRing->ringXRadius = NarrowToFloat(theData->flareXScale * size * theAspectRatio);
+    theRing->ringYRadius = NarrowToFloat(theData->flareYScale * size);
 
-    /* Only the glows follow the light's size; halos and rings keep theirs. */
+    /* Only the glows follow the light's size; halos and rings keep theirs.
+       The size multiplies the radii as stored, rounded to single precision.
+       (GCC 12 at -O2 has been seen to vectorise the plain casts of these two
+       steps into one and multiply the unrounded doubles instead; unless
+       -fno-tree-slp-vectorize is set, compare renders after touching this.) */
     if (!FlagSet(theControl, kFlagNoLightSize) && !(theData->flareLightSize == 0.0) &&
         (theRing->ringType == kRingOriginGlow || theRing->ringType == kRingOuterGlow)) {
-        theRing->ringXRadius = (float)(theRing->ringXRadius * theData->flareLightSize);
-        theRing->ringYRadius = (float)(theRing->ringYRadius * theData->flareLightSize);
+        theRing->ringXRadius = NarrowToFloat(theRing->ringXRadius * theData->flareLightSize);
+        theRing->ringYRadius = NarrowToFloat(theRing->ringYRadius * theData->flareLightSize);
     }
 
     float x = theRing->ringXPos;
@@ -188,8 +192,8 @@ void CalcRingInfo(ControlDataRec* theControl, PluginDataRec* theData, RingElemen
     }
 
     double length = ry >= rx ? rx : ry;
-    theRing->ringXFactor = (float)(length * kFixedOne / rx);
-    theRing->ringYFactor = (float)(length * kFixedOne / ry);
+    theRing->ringXFactor = NarrowToFloat(length * kFixedOne / rx);
+    theRing->ringYFactor = NarrowToFloat(length * kFixedOne / ry);
     int32_t steps = TruncLong(ceil(length));
     theRing->ringFlareColors = steps;
     int64_t block = RampBlockSize(steps);
@@ -265,8 +269,8 @@ void CalcStreakInfo(ControlDataRec* theControl, PluginDataRec* theData, StreakEl
         points[1].y = dy * (1 + length) / length + theStreak->streakYPos;
 
         if (CalcEdges(&theData->flareRect, &theStreak->streakRect, theStreak->streakEdges, points, 2)) {
-            theStreak->streakDX = (float)(dx / length);
-            theStreak->streakDY = (float)(dy / length);
+            theStreak->streakDX = NarrowToFloat(dx / length);
+            theStreak->streakDY = NarrowToFloat(dy / length);
             int32_t steps = TruncLong(ceil(length));
             theStreak->streakFlareColors = steps;
             int64_t block = RampBlockSize(steps);

@@ -67,6 +67,15 @@ int32_t DoGenerate(int32_t theCommandRecSize, void* theCommandRec)
         theBuffer->bufferRect = tempRect;
         return 0;
     }
+    /* A frame or buffer rectangle whose right edge lies left of its left
+       edge (or bottom above top) still yields an intersection, with edges as
+       inverted and a wrapped width or height far beyond the buffer. It holds
+       no pixel, so it is as empty as a miss: the sketch would take the
+       wrapped width and height as the buffer's bounds. */
+    if (tempRect.right <= tempRect.left || tempRect.bottom <= tempRect.top) {
+        SetLRect(&theBuffer->bufferRect, 0, 0, 0, 0);
+        return 0;
+    }
 
     /* The base moves in plain integer arithmetic: the host vouches for its
        buffer, the pointer is only formed once it addresses it again. */

@@ -36,9 +36,4 @@ int32_t MaxRingCount(void);
 /* theSize rounded up to a multiple of 8, computed without overflow. */
 int64_t RoundUp8(int64_t theSize);
 
-/* double to float as IEEE rounding does it, without the undefined
-   conversion of a finite double beyond the float range: those become
-   infinities of their sign. */
-float NarrowToFloat(double theValue);
-
 #endif /* GLINTWAVE_BLOCKS_H */

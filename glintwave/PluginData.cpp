@@ -3,9 +3,7 @@
  * the next data check recompute colours or re-read elements, and the
  * bounds of both blocks.
  */
-#include <cfloat>
 #include <climits>
-#include <cmath>
 
 #include "GlintwaveBlocks.h"
 #include "GlintwaveData.h"
@@ -134,11 +132,4 @@ int32_t MaxRingCount(void)
 int64_t RoundUp8(int64_t theSize)
 {
     return (theSize + 7) & ~(int64_t)7;
-}
-
-float NarrowToFloat(double theValue)
-{
-    if (std::isfinite(theValue) && std::fabs(theValue) > (double)FLT_MAX)
-        return std::signbit(theValue) ? -HUGE_VALF : HUGE_VALF;
-    return (float)theValue;
 }

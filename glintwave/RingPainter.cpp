@@ -107,7 +107,7 @@ void PaintRings(ControlDataRec* theControl, PluginDataRec* theData, const L_Rect
             for (int64_t n = 0; n < columns; ++n, thePixel += pixelSize, dx += xStep) {
                 double d = 0.5 + sqrt(dx * dx + dySquared);
                 if (d < limit)
-                    PaintRingPixel<Depth>(thePixel, ramp, (uint32_t)d, &seed);
+                    PaintRingPixel<Depth>(thePixel, ramp, TruncULong(d), &seed);
             }
         } else {
             double a = theRing->ringXFactor * row.c;
@@ -123,7 +123,7 @@ void PaintRings(ControlDataRec* theControl, PluginDataRec* theData, const L_Rect
                 double v = Yf + X * e;
                 double d = 0.5 + sqrt(v * v + u * u);
                 if (d < limit)
-                    PaintRingPixel<Depth>(thePixel, ramp, (uint32_t)d, &seed);
+                    PaintRingPixel<Depth>(thePixel, ramp, TruncULong(d), &seed);
             }
         }
     }

@@ -79,19 +79,19 @@ void PaintStreaks(ControlDataRec* theControl, PluginDataRec* theData, const L_Re
             if (!(d2 < kBandHalfWidthSquared))
                 continue;
 
-            int32_t colorIndex = (int32_t)distance;
+            int32_t colorIndex = TruncLong(distance);
             double factor1 = distance - colorIndex;
             double factor0 = 1.0 - factor1;
             const FlareColor& color0 = ramp[colorIndex];
             const FlareColor& color1 = ramp[colorIndex + 1];
-            int32_t red = (int32_t)(color1.red * factor1 + color0.red * factor0);
-            int32_t green = (int32_t)(color1.green * factor1 + color0.green * factor0);
-            int32_t blue = (int32_t)(color1.blue * factor1 + color0.blue * factor0);
+            int32_t red = TruncLong(color1.red * factor1 + color0.red * factor0);
+            int32_t green = TruncLong(color1.green * factor1 + color0.green * factor0);
+            int32_t blue = TruncLong(color1.blue * factor1 + color0.blue * factor0);
 
             double fall = 1.0 + sqrt((double)d2) * kBandFalloff;
-            uint32_t redValue = (uint32_t)(int32_t)(red * fall);
-            uint32_t greenValue = (uint32_t)(int32_t)(green * fall);
-            uint32_t blueValue = (uint32_t)(int32_t)(blue * fall);
+            uint32_t redValue = (uint32_t)TruncLong(red * fall);
+            uint32_t greenValue = (uint32_t)TruncLong(green * fall);
+            uint32_t blueValue = (uint32_t)TruncLong(blue * fall);
             if constexpr (Depth == 48) {
                 AddPixel48(thePixel, redValue, greenValue, blueValue);
             } else {

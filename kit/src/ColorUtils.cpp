@@ -11,6 +11,8 @@
 
 #include <array>
 
+#include "SafeConvert.h"
+
 namespace {
 
 constexpr float kPackMax = 32767.0f;  // bits 0x46FFFE00
@@ -33,13 +35,11 @@ constexpr std::array<float, 32> MakeUnpackScales()
 constexpr std::array<float, 32> kUnpackScales = MakeUnpackScales();
 
 // A mantissa truncated toward zero as the machine's conversion does it:
-// INT32_MIN where the value does not fit in 32 bits.
+// INT32_MIN where the value does not fit in 32 bits. Widening to double is
+// exact, so the truncation is that of the float itself.
 inline int32_t TruncMantissa(float x)
 {
-    if (x > -2147483904.0f && x < 2147483648.0f) {
-        return static_cast<int32_t>(x);
-    }
-    return INT32_MIN;
+    return TruncLongOrMin(static_cast<double>(x));
 }
 
 inline uint32_t Bit8(int32_t m)

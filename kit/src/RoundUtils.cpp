@@ -12,26 +12,18 @@
 
 #include <stddef.h>
 
+#include "SafeConvert.h"
+
 namespace {
 
 constexpr int32_t kTruncMin = -32767;
 constexpr int32_t kTruncMax = 32767;
 
-// n truncated toward zero, or INT32_MIN when the result would not fit in
-// 32 bits or n is NaN (every comparison with NaN is false).
-inline int32_t TruncToLong(double n)
-{
-    if (n > -2147483649.0 && n < 2147483648.0) {
-        return static_cast<int32_t>(n);
-    }
-    return INT32_MIN;
-}
-
 // floor(n) within -32767..32767, clamping once the truncation reaches either
 // end.
 inline int32_t FloorClamped(double n)
 {
-    const int32_t t = TruncToLong(n);
+    const int32_t t = TruncLongOrMin(n);
     if (t <= kTruncMin) {
         return kTruncMin;
     }
@@ -54,7 +46,7 @@ int32_t TruncLo(double n)
 {
     // Clamped a step earlier at the top than ITrunc, so that the "+ 1" can
     // never leave the range.
-    const int32_t t = TruncToLong(n);
+    const int32_t t = TruncLongOrMin(n);
     if (t < kTruncMin) {
         return kTruncMin;
     }
