@@ -12,6 +12,6 @@ if [[ -x "$root/build/tools/glintwave-rsc" ]]; then
   echo "  resource tool    build/tools/glintwave-rsc"
   "$root/build/tools/glintwave-rsc" dump "$root/build/plugin/Glintwave.rsc" | head -n 20
 fi
-if [[ -x "$root/build/bench/glintwave-demo" ]]; then
-  "$root/build/bench/glintwave-demo" "$root/build/demo"
-fi
+echo
+echo "Rendering the demo frames:"
+"$root/build/cli/glintwave-demo" --out "$root/build/demo"

@@ -19,5 +19,11 @@ if(PLUGIN_HOST_TEST_SOURCES AND TARGET Glintwave AND TARGET korvane_toolbox)
   target_link_libraries(plugin_host_tests PRIVATE glintwave_testhost korvane_toolbox GTest::gtest_main)
   set_target_properties(plugin_host_tests PROPERTIES ENABLE_EXPORTS ON)
   add_dependencies(plugin_host_tests Glintwave)
+  # The whole-frame renders use the delivered flare table beside the plug-in.
+  if(TARGET glintwave_rsc)
+    target_compile_definitions(plugin_host_tests PRIVATE
+      GLINTWAVE_RSC_FILE="${CMAKE_BINARY_DIR}/plugin/Glintwave.rsc")
+    add_dependencies(plugin_host_tests glintwave_rsc)
+  endif()
   gtest_discover_tests(plugin_host_tests TEST_PREFIX "plugin_host." DISCOVERY_TIMEOUT 60)
 endif()
