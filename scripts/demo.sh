@@ -9,8 +9,7 @@ echo "Built in $root/build:"
 echo "  plug-in folder   build/plugin/"
 ls -l "$root/build/plugin" | sed -n '2,$p' | awk '{printf "    %-20s %8d bytes\n", $9, $5}'
 if [[ -x "$root/build/tools/glintwave-rsc" ]]; then
-  echo "  resource tool    build/tools/glintwave-rsc"
-  "$root/build/tools/glintwave-rsc" dump "$root/build/plugin/Glintwave.rsc" | head -n 20
+  echo "  resource tool    build/tools/glintwave-rsc (dump build/plugin/Glintwave.rsc shows its styles and dialogs)"
 fi
 echo
 echo "Rendering the demo frames:"
