@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  cmake make g++ gcc
+  cmake make g++ gcc ccache
   googletest libgtest-dev libbenchmark-dev
   nlohmann-json3-dev
   gcc-multilib g++-multilib
