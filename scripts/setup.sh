@@ -1,14 +1,25 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build needs, when any is missing.
-# As root it runs apt-get; otherwise it prints the apt-get line and stops.
+# Installs the Debian packages the build needs, when any is missing; with
+# --tests also those the tests need (fuzzers, the one-node render farm, the
+# browser test). As root it runs apt-get; otherwise it prints the apt-get
+# line and stops.
 set -euo pipefail
 
 packages=(
   cmake make g++ gcc ccache
   googletest libgtest-dev libbenchmark-dev
   nlohmann-json3-dev
-  gcc-multilib g++-multilib
+  libopenimageio-dev libcli11-dev libcpp-httplib-dev
 )
+if [[ "${1:-}" == "--tests" ]]; then
+  packages+=(
+    gcc-multilib g++-multilib
+    openimageio-tools
+    clang libclang-rt-14-dev
+    slurm-wlm munge
+    chromium nodejs
+  )
+fi
 
 missing=()
 for p in "${packages[@]}"; do

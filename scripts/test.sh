@@ -7,7 +7,7 @@
 #      kit's and plug-in's unit tests run in 32 bits.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
-"$root/scripts/setup.sh"
+"$root/scripts/setup.sh" --tests
 jobs=$(nproc 2>/dev/null || echo 2)
 
 run_tests() {
