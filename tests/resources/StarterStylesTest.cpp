@@ -17,6 +17,7 @@
 #include <fstream>
 #include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -86,6 +87,7 @@ TEST(DeliveredResources, FileIsWhatTheSourcesCompileToAndDumpsBackToThem)
 struct StoredElement {
     std::int32_t kind, units, offset, outside, dirX, dirY;
     int stops;
+    std::uint32_t mode;
 };
 
 StoredElement checkElement(std::uint32_t type, std::int16_t id)
@@ -102,7 +104,8 @@ StoredElement checkElement(std::uint32_t type, std::int16_t id)
     if (b.size() < header)
         return {};
     StoredElement e{korvane::be::readS32(b, 32), korvane::be::readS32(b, 40), korvane::be::readS32(b, 44),
-                    korvane::be::readS32(b, 52), 0, 0, korvane::be::readS32(b, header - 4)};
+                    korvane::be::readS32(b, 52), 0, 0, korvane::be::readS32(b, header - 4),
+                    korvane::be::readU32(b, 36)};
     EXPECT_LE(b[0], 31);
     EXPECT_GT(e.units, 0);
     EXPECT_GT(e.outside, 0);
@@ -153,9 +156,14 @@ std::map<int, std::vector<StoredElement>> loadStyles()
 TEST(DeliveredResources, StylesLoadTheWayThePluginReadsThem)
 {
     const auto styles = loadStyles();
-    ASSERT_EQ(styles.size(), 3u);
+    ASSERT_GE(styles.size(), 12u);
+    std::set<std::string> names;
     for (const auto& [number, elements] : styles) {
         SCOPED_TRACE("style " + std::to_string(number));
+        const auto name = delivered().name(kFlareResType, static_cast<std::int16_t>(kFlareResBaseID + number));
+        ASSERT_TRUE(name.has_value());
+        EXPECT_LE(name->size(), 31u) << "the style menu shows up to 31 characters";
+        EXPECT_TRUE(names.insert(*name).second) << "duplicate style name " << *name;
         const auto originGlow = std::find_if(elements.begin(), elements.end(),
                                              [](const auto& e) { return e.kind == kRingOriginGlow; });
         ASSERT_NE(originGlow, elements.end()) << "the flare's size is measured on the origin glow";
@@ -164,6 +172,23 @@ TEST(DeliveredResources, StylesLoadTheWayThePluginReadsThem)
         EXPECT_GE(outer, 0.15);
         EXPECT_LE(outer, 0.3);
     }
+}
+
+// The library as a whole offers every element kind, and some elements that
+// the user can switch on.
+TEST(DeliveredResources, LibraryUsesEveryKindAndStartsSomeElementsOff)
+{
+    std::map<int, int> kinds;
+    int off = 0;
+    for (const auto& [number, elements] : loadStyles()) {
+        for (const auto& e : elements) {
+            ++kinds[e.kind];
+            off += (e.mode & 0x80000000u) != 0 ? 1 : 0;
+        }
+    }
+    for (const int kind : std::initializer_list<int>{kRingReflection, kRingOriginGlow, kRingOuterGlow, kRingHalo, -1})
+        EXPECT_GT(kinds[kind], 0) << "kind " << kind << " (-1: streak)";
+    EXPECT_GT(off, 0);
 }
 
 TEST(DeliveredResources, ClassicZoomHasTheClassicParts)
