@@ -282,6 +282,12 @@ std::int32_t PluginInstance::generate(const FrameBuffer& buffer)
     return call(kCmdFlareGenerate, &record, sizeof record);
 }
 
+std::int32_t PluginInstance::interface()
+{
+    PluginInterfaceRec record{};
+    return call(kCmdInterface, &record, sizeof record);
+}
+
 std::string PluginInstance::failureMessage(std::uint32_t command, std::int32_t code)
 {
     // Asking for the text is itself a call: keep what the failing one left.
@@ -353,6 +359,13 @@ std::int32_t PluginInstance::hostProcedure(std::uint32_t selector, std::int32_t 
 
 std::int32_t PluginInstance::answer(std::uint32_t selector, std::int32_t size, void* record)
 {
+    if (observer_) {
+        // Nothing may be thrown through the plug-in.
+        try {
+            observer_(selector);
+        } catch (...) {
+        }
+    }
     if (static_cast<std::size_t>(size) < recordSizeOf(selector))
         return kPluginIncompatible;
     switch (selector) {

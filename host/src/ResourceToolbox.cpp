@@ -6,6 +6,7 @@
 
 #include "korvane/ResourceToolbox.h"
 
+#include "ToolboxGuard.h"
 #include "ToolboxObjects.h"
 
 #include <cstdlib>
@@ -92,31 +93,8 @@ std::filesystem::path pathOf(const KV_DirectoryRef* directory)
 
 } // namespace korvane::toolbox
 
-namespace {
-
+using korvane::toolbox::guarded;
 using korvane::toolbox::reportError;
-
-// Runs `body`; an exception becomes a report and the given fallback result.
-template <typename Result, typename Body>
-Result guarded(const char* function, Result fallback, Body&& body) noexcept
-{
-    try {
-        return body();
-    } catch (const std::exception& e) {
-        try {
-            reportError(std::string(function) + ": " + e.what());
-        } catch (...) {
-        }
-    } catch (...) {
-        try {
-            reportError(std::string(function) + ": unexpected failure");
-        } catch (...) {
-        }
-    }
-    return fallback;
-}
-
-} // namespace
 
 extern "C" {
 

@@ -65,8 +65,8 @@ typedef enum KV_NeutralKind {
 /* ---- Callbacks a plug-in hands to the host (besides the control-hit, user
         draw and user click routines of KVToolboxTypes.h). ---- */
 
-/* The mouse moved over a user control; coordinates are the control's own,
-   as for KV_UserClickFunction. */
+/* The mouse moved over a user control; coordinates are those of the
+   control's bounds (the dialog's), as for KV_UserClickFunction. */
 typedef void (*KV_UserMouseMovedFunction)(const KV_Control* iControl, KV_DrawContext* iContext,
                                           int iModifierKeys, int iMouseH, int iMouseV);
 /* A list item (0-based) was double-clicked. */
@@ -162,9 +162,10 @@ KV_MEMBER(KVN_FALSE,   int,              KV_PickColorWithAlpha, (const char* iPr
 /* ======================================================================= */
 /* Controls (27). Flags (visible, enabled, draw immediately) are ints,      */
 /* non-zero for on. Extra data is one pointer the plug-in may park on a     */
-/* control. KV_TrackMouseDown follows the mouse while the button is down    */
-/* and returns non-zero when it was released inside the control, with the   */
-/* last position. Push-button layout: where the label and the icon sit     */
+/* control. KV_TrackMouseDown, called in a loop from a click routine,      */
+/* stores the pointer's next position and returns non-zero while the       */
+/* button is down; 0 once it is released (with the release position).     */
+/* Push-button layout: where the label and the icon sit                    */
 /* (host-defined position codes).                                          */
 /* ======================================================================= */
 KV_MEMBER(KVN_ZERO,    int,              KV_GetControlID, (const KV_Control* iControl), (iControl))

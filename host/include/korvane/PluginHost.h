@@ -117,6 +117,10 @@ struct Progress {
 // Returns the answer to the report: 0 goes on, 4 cancels.
 using ProgressCallback = std::function<std::int32_t(const Progress&)>;
 
+// Told the selector of every request the plug-in makes, before it is
+// answered.
+using RequestObserver = std::function<void(std::uint32_t selector)>;
+
 // What 'INFO' answered, texts in UTF-8.
 struct PluginInfo {
     std::uint32_t type = 0;
@@ -207,6 +211,9 @@ public:
     std::string describe(std::int32_t code);
     std::int32_t setup(const FrameSetup& frame);
     std::int32_t generate(const FrameBuffer& buffer);
+    // 'INTF': the plug-in's settings dialog, run by the installed dialog
+    // runner (DialogSession.h); 4 when the user cancelled.
+    std::int32_t interface();
     // Whether the plug-in understands a command ('CHEK'): its answer.
     std::int32_t check(std::uint32_t command);
 
@@ -221,6 +228,7 @@ public:
     void require(std::uint32_t command, std::int32_t code);
 
     void setProgressCallback(ProgressCallback callback) { progress_ = std::move(callback); }
+    void setRequestObserver(RequestObserver observer) { observer_ = std::move(observer); }
 
     // The settings block, as a project keeps it. setControlData replaces it
     // (loading a project); the plug-in checks it on its next command.
@@ -254,6 +262,7 @@ private:
     HostBlock plugin_;
     std::map<void*, std::size_t> mallocs_;
     ProgressCallback progress_;
+    RequestObserver observer_;
     std::string toolboxError_;  // what the toolbox reported during the last call
     bool initialized_ = false;
 };
