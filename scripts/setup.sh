@@ -6,7 +6,7 @@
 set -euo pipefail
 
 packages=(
-  cmake make g++ gcc ccache
+  cmake make g++ gcc ccache pkgconf
   googletest libgtest-dev libbenchmark-dev
   nlohmann-json3-dev
   libopenimageio-dev libcli11-dev libcpp-httplib-dev
