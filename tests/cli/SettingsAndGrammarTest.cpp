@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <fstream>
+#include <iterator>
 
 namespace {
 
@@ -67,6 +69,16 @@ TEST(SettingsTable, EachKindLandsInItsField)
     };
     for (const auto& [name, text] : refused)
         EXPECT_THROW(applySetting(settings, settingNamed(name), text), SettingError) << name << " " << text;
+}
+
+TEST(SettingsTable, ReadmeListsEverySetting)
+{
+    std::ifstream in(README_FILE);
+    const std::string readme((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    for (const Setting& setting : settingsTable()) {
+        const std::string row = "| `--" + std::string(setting.name) + "` | ";
+        EXPECT_NE(readme.find(row), std::string::npos) << "README.md has no row for --" << setting.name;
+    }
 }
 
 TEST(ValueGrammar, SizesColoursLengthsPositions)
