@@ -6,6 +6,8 @@
 #include "Interrupt.h"
 
 #include <iostream>
+#include <memory>
+#include <string_view>
 #include <new>
 
 #ifndef GLINTWAVE_VERSION
@@ -13,6 +15,23 @@
 #endif
 
 namespace glintwave::cli {
+namespace {
+
+// CLI11 shows a switch as "--halo,--no-halo{false}"; the braces say nothing
+// to a user, so they go.
+class HelpFormatter : public CLI::Formatter {
+public:
+    std::string make_option_name(const CLI::Option* option, bool isPositional) const override
+    {
+        std::string name = CLI::Formatter::make_option_name(option, isPositional);
+        for (const char* noise : {"{false}", "{true}"})
+            for (std::size_t at; (at = name.find(noise)) != std::string::npos;)
+                name.erase(at, std::string_view(noise).size());
+        return name;
+    }
+};
+
+} // namespace
 
 std::filesystem::path CommonOptions::pluginFile() const
 {
@@ -21,6 +40,7 @@ std::filesystem::path CommonOptions::pluginFile() const
 
 CommandLine::CommandLine() : app_("Renders lens flares with the Glintwave plug-in.", "glintwave")
 {
+    app_.formatter(std::make_shared<HelpFormatter>());
     app_.set_version_flag("--version", std::string("glintwave ") + GLINTWAVE_VERSION);
     app_.require_subcommand(1);
     app_.fallthrough();  // common options may also follow the subcommand

@@ -148,13 +148,15 @@ void addRenderCommand(CommandLine& line)
                     options->size = *parsed;
                 },
                 "the frame in pixels when there is no --over (default 1920x1080)")
-            ->type_name("WxH");
-    command->add_option("--over", options->over, "a background image; the frame takes its size")
-        ->type_name("IMAGE")
+            ->option_text("WxH");
+    command->add_option("--over", options->over, "a background image; the frame takes its size (not with --size)")
+        ->option_text("IMAGE")
         ->excludes(size);
-    command->add_option("--depth", options->depth, "48 (16-bit colour), 32 (8-bit colour) or 8 (wireframe sketch)")
+    command
+        ->add_option("--depth", options->depth,
+                     "48 (16-bit colour, default), 32 (8-bit colour) or 8 (wireframe sketch)")
         ->check(CLI::IsMember({48, 32, 8}))
-        ->type_name("48|32|8");
+        ->option_text("48|32|8");
     addLightOptions(*command, options->scene);
     addSettingOptions(*command, options->scene.settings);
 }
