@@ -44,7 +44,8 @@ CommandLine::CommandLine() : app_("Renders lens flares with the Glintwave plug-i
     app_.set_version_flag("--version", std::string("glintwave ") + GLINTWAVE_VERSION);
     app_.require_subcommand(1);
     app_.fallthrough();  // common options may also follow the subcommand
-    app_.add_option("--plugin", common_.plugin, "the plug-in to load (default: ../plugin/Glintwave.so beside glintwave)")
+    app_.add_option("--plugin", common_.plugin,
+                    "the plug-in to load (default: ../plugin/Glintwave.so beside glintwave)")
         ->type_name("PATH");
     app_.add_flag("-q,--quiet", common_.quiet, "no progress bar and no report lines");
     app_.footer("`glintwave COMMAND --help` lists the options of a command.");

@@ -81,13 +81,26 @@ void FlareRenderer::render(const ControlDataRec& settings, const Light& light, k
     frameSetup.lightFrameRadius = light.radius;
     frameSetup.lightRotation = light.rotation;
 
-    instance_.require(kCmdInitialize, instance_.init());
-    instance_.require(kCmdFlareSetup, instance_.setup(frameSetup));
+    requireDone(kCmdInitialize, instance_.init());
+    requireDone(kCmdFlareSetup, instance_.setup(frameSetup));
     const std::int32_t result = instance_.generate(frame.frameBuffer());
     progress_.clear();
     if (result == kPluginUserCanceled && InterruptCatcher::interrupted())
         throw Cancelled();
-    instance_.require(kCmdFlareGenerate, result);
+    requireDone(kCmdFlareGenerate, result);
+}
+
+void FlareRenderer::requireDone(std::uint32_t command, std::int32_t result)
+{
+    if (result == kPluginNoError)
+        return;
+    std::string message = instance_.failureMessage(command, result);
+    // The element tables grow with the light's radius and the scales; the
+    // host's budget ('FREE') bounds them.
+    if (result == kPluginMemoryError)
+        message += "; the flare is too large for the plug-in's memory: give a smaller --light-radius, "
+                   "--ring-scale or --streak-scale";
+    throw korvane::PluginError(message, result);
 }
 
 } // namespace glintwave::cli

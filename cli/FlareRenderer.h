@@ -49,6 +49,9 @@ public:
                 const std::string& label);
 
 private:
+    // Throws PluginError with the plug-in's text and what to do unless result is 0.
+    void requireDone(std::uint32_t command, std::int32_t result);
+
     korvane::PluginLibrary library_;
     std::vector<Style> styles_;
     korvane::ProgressLine progress_;

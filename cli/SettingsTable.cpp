@@ -94,7 +94,9 @@ Rgb8 readColour(const ControlDataRec& settings, std::size_t offset)
 {
     ARGB_Color wide;
     std::memcpy(&wide, reinterpret_cast<const unsigned char*>(&settings) + offset, sizeof wide);
-    auto high = [](std::int16_t component) { return static_cast<std::uint8_t>(static_cast<std::uint16_t>(component) >> 8); };
+    auto high = [](std::int16_t component) {
+        return static_cast<std::uint8_t>(static_cast<std::uint16_t>(component) >> 8);
+    };
     return Rgb8{high(wide.red), high(wide.green), high(wide.blue)};
 }
 

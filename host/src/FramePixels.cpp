@@ -142,7 +142,8 @@ void FramePixels::addTo(OIIO::ImageBuf& floatImage) const
     std::size_t at = 0;
     for (OIIO::ImageBuf::Iterator<float> pixel(floatImage); !pixel.done(); ++pixel, ++at) {
         for (int c = 0; c < 3; ++c) {
-            const float flare = depth_ == 48 ? rgb48_[at * 3 + c] / kFullLevel : byteOf(argb32_[at], 16 - 8 * c) / 255.0f;
+            const float flare =
+                depth_ == 48 ? rgb48_[at * 3 + c] / kFullLevel : byteOf(argb32_[at], 16 - 8 * c) / 255.0f;
             pixel[c] = pixel[c] + flare;
         }
     }
@@ -155,9 +156,10 @@ void FramePixels::drawSketchOver(OIIO::ImageBuf& image) const
         throw std::invalid_argument("the image and the sketch differ in size");
     // setpixel converts to the image's own sample type; a sketch has few points.
     const std::vector<float> white(static_cast<std::size_t>(spec.nchannels), 1.0f);
+    std::size_t at = 0;
     for (std::int32_t y = 0; y < height_; ++y)
-        for (std::int32_t x = 0; x < width_; ++x)
-            if (index8_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)] != 0)
+        for (std::int32_t x = 0; x < width_; ++x, ++at)
+            if (index8_[at] != 0)
                 image.setpixel(spec.x + x, spec.y + y, white.data(), spec.nchannels);
 }
 

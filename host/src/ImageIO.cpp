@@ -25,14 +25,19 @@ std::string lowerExtension(const std::filesystem::path& file)
     return extension;
 }
 
+std::string oneLine(std::string text)
+{
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    while (!text.empty() && text.back() == ' ')
+        text.pop_back();
+    return text;
+}
+
 // OpenImageIO keeps its last error per thread; take it, one line.
 std::string lastOiioError(const std::string& fallback)
 {
-    std::string text = OIIO::geterror();
-    if (text.empty())
-        return fallback;
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    return text;
+    const std::string text = OIIO::geterror();
+    return oneLine(text.empty() ? fallback : text);
 }
 
 bool describesPicture(const std::string& attribute)
@@ -92,6 +97,10 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
     if (!input->read_image(0, 0, 0, channels, type, read.localpixels()))
         throw ImageError(name + ": cannot read its pixels (" + lastOiioError(input->geterror()) +
                          "); the file may be damaged");
+    // Some readers fill a truncated file's missing rows and only complain.
+    const std::string complaint = input->geterror();
+    if (!complaint.empty())
+        throw ImageError(name + ": is damaged (" + oneLine(complaint) + "); give an intact image");
     input->close();
 
     OIIO::ImageSpec rgbSpec(spec.width, spec.height, 3, type);
@@ -150,7 +159,7 @@ bool writeImageReplacing(const OIIO::ImageBuf& image, const std::filesystem::pat
     if (!image.write(temporary.string(), sampleType)) {
         const std::string why = image.geterror();
         removeQuietly(temporary);
-        throw ImageError(name + ": cannot write it (" + (why.empty() ? lastOiioError("write failed") : why) +
+        throw ImageError(name + ": cannot write it (" + (why.empty() ? lastOiioError("write failed") : oneLine(why)) +
                          "); check that the folder exists and is writable and the disk has room");
     }
     if (keep && !keep()) {

@@ -2,12 +2,12 @@
 // written and read back, paint over backgrounds, the sketch, the error
 // table and a cancel. Frames are small so the whole file runs in seconds.
 #include "Output.h"
-#include "TempFolder.h"
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
 #include <gtest/gtest.h>
 
+#include <stdlib.h>
 #include <sys/wait.h>
 
 #include <fstream>
@@ -15,7 +15,22 @@
 
 namespace {
 
-using hosttest::TempFolder;
+// A fresh folder, removed with its contents at the end of the test.
+class TempFolder {
+public:
+    TempFolder()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "glintwave-cli-XXXXXX").string();
+        if (mkdtemp(pattern.data()))
+            path_ = pattern;
+    }
+    ~TempFolder() { std::filesystem::remove_all(path_); }
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
 
 struct CommandRun {
     int status = -1;
@@ -90,8 +105,8 @@ TEST(GlintwaveRender, PngAndExrReadBackWithMetadata)
         {"f.tif", "--depth 32", OIIO::TypeDesc::UINT8},
     };
     for (const Case& c : cases) {
-        const CommandRun run = glintwave(scratch, std::string("render -q --size 96x54 --style 2 ") + c.options + " -o '" +
-                                               (scratch / c.file).string() + "'");
+        const std::string output = " -o '" + (scratch / c.file).string() + "'";
+        const CommandRun run = glintwave(scratch, std::string("render -q --size 96x54 --style 2 ") + c.options + output);
         ASSERT_EQ(run.status, 0) << c.file << "\n" << run.err;
         EXPECT_EQ(run.out + run.err, "") << c.file;  // -q, and no progress bar without a terminal
         OIIO::ImageBuf image = readBack(scratch / c.file);
@@ -162,7 +177,8 @@ TEST(GlintwaveRender, FloatBackgroundKeepsValuesAboveOne)
 TEST(GlintwaveRender, SketchIsWhitePointsOnly)
 {
     TempFolder scratch;
-    const CommandRun run = glintwave(scratch, "render -q --depth 8 --size 160x90 -o '" + (scratch / "s.png").string() + "'");
+    const CommandRun run =
+        glintwave(scratch, "render -q --depth 8 --size 160x90 -o '" + (scratch / "s.png").string() + "'");
     ASSERT_EQ(run.status, 0) << run.err;
     const OIIO::ImageBuf sketch = readBack(scratch / "s.png");
     int points = 0;
@@ -179,6 +195,9 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
 {
     TempFolder scratch;
     std::ofstream(scratch / "broken.png") << "not an image";
+    writeImage(scratch / "cut.jpg", 64, 36, OIIO::TypeDesc::UINT8,
+               [](int x, int y, int c) { return (x * y + c) % 7 / 7.0f; });
+    std::filesystem::resize_file(scratch / "cut.jpg", std::filesystem::file_size(scratch / "cut.jpg") / 2);
     std::filesystem::create_directory(scratch / "lonely");
     std::filesystem::copy_file(GLINTWAVE_PLUGIN_PATH, scratch / "lonely" / "Glintwave.so");
     const std::string out = " -o '" + (scratch / "out.png").string() + "'";
@@ -200,6 +219,7 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
         {"render --size 16x9 -o '" + (scratch / "out.xyz").string() + "'", 2, "no image format"},
         {"render --over '" + (scratch / "missing.png").string() + "'" + out, 1, "no such image file"},
         {"render --over '" + (scratch / "broken.png").string() + "'" + out, 1, "cannot read it as an image"},
+        {"render --over '" + (scratch / "cut.jpg").string() + "'" + out, 1, "is damaged"},
         {"render --size 16x9 --plugin /nonexistent/Glintwave.so" + out, 1, "cannot load plug-in"},
         {"render --size 16x9 --plugin '" + (scratch / "lonely" / "Glintwave.so").string() + "'" + out, 1,
          "Glintwave.rsc"},
@@ -215,7 +235,7 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
         EXPECT_EQ(run.err.rfind("glintwave ERROR: ", 0), 0u) << c.arguments << "\n" << run.err;
         EXPECT_NE(run.err.find(c.message), std::string::npos) << c.arguments << "\n" << run.err;
         EXPECT_EQ(run.err.find("usage: glintwave") != std::string::npos, c.status == 2) << c.arguments;
-        EXPECT_EQ(filesIn(scratch), (std::vector<std::string>{"broken.png", "lonely"})) << c.arguments;
+        EXPECT_EQ(filesIn(scratch), (std::vector<std::string>{"broken.png", "cut.jpg", "lonely"})) << c.arguments;
     }
 }
 
