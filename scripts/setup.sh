@@ -10,6 +10,7 @@ packages=(
   googletest libgtest-dev libbenchmark-dev
   nlohmann-json3-dev
   libopenimageio-dev libcli11-dev libcpp-httplib-dev
+  fonts-dejavu-core
 )
 if [[ "${1:-}" == "--tests" ]]; then
   packages+=(

@@ -1,4 +1,4 @@
-// ImageFile.cpp - 16-bit PPM frames and files written through a temporary name.
+// ImageFile.cpp - frame levels as 16-bit samples and files written through a temporary name.
 
 #include "korvane/ImageFile.h"
 
@@ -23,24 +23,9 @@ std::uint16_t levelTo16Bit(std::uint16_t level)
     return static_cast<std::uint16_t>((clamped * kFull16 + kFullLevel / 2) / kFullLevel);
 }
 
-std::vector<std::uint8_t> encodePpm48(std::span<const std::uint16_t> pixels, std::int32_t width,
-                                      std::int32_t height)
+std::uint16_t levelFrom16Bit(std::uint16_t sample)
 {
-    if (width <= 0 || height <= 0)
-        throw std::invalid_argument("an image needs a positive width and height");
-    const std::size_t samples = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3;
-    if (pixels.size() < samples)
-        throw std::invalid_argument("the frame holds fewer pixels than its size says");
-
-    const std::string header = "P6\n" + std::to_string(width) + " " + std::to_string(height) + "\n65535\n";
-    std::vector<std::uint8_t> bytes(header.begin(), header.end());
-    bytes.reserve(header.size() + samples * 2);
-    for (std::size_t i = 0; i < samples; ++i) {
-        const std::uint16_t value = levelTo16Bit(pixels[i]);
-        bytes.push_back(static_cast<std::uint8_t>(value >> 8));
-        bytes.push_back(static_cast<std::uint8_t>(value));
-    }
-    return bytes;
+    return static_cast<std::uint16_t>((std::uint32_t{sample} * kFullLevel + kFull16 / 2) / kFull16);
 }
 
 void writeFileReplacing(const std::filesystem::path& path, std::span<const std::uint8_t> bytes)

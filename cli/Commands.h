@@ -1,0 +1,14 @@
+// Commands.h - one registration function per subcommand of `glintwave`.
+// Each adds its subcommand, its options and its action to the command line.
+#pragma once
+
+#include "CommandLine.h"
+
+namespace glintwave::cli {
+
+void addRenderCommand(CommandLine& line);  // one frame to an image file
+void addStylesCommand(CommandLine& line);  // the style list
+void addSheetCommand(CommandLine& line);   // every style in one contact sheet
+void addInfoCommand(CommandLine& line);    // what the plug-in says about itself
+
+} // namespace glintwave::cli

@@ -1,0 +1,58 @@
+// ValueGrammar.h - the small grammars of the command line's values.
+//
+//   real      a decimal number, as in "1", "-0.25", "2e-3"; finite only
+//   size      WIDTHxHEIGHT in pixels, as in "1920x1080"
+//   colour    "#rrggbb" (hex) or "R,G,B" (0-255 each), as in "#ff8000", "255,128,0"
+//   length    a fraction of the frame ("0.3"), a percentage ("30%") or
+//             pixels ("576px")
+//   position  two lengths, x then y, as in "0.3,0.3", "50%,40%", "576px,324px"
+//
+// Each parser takes the whole text and answers nullopt for anything else.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace glintwave::cli {
+
+std::optional<double> parseReal(std::string_view text);
+
+struct FrameSize {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    bool operator==(const FrameSize&) const = default;
+};
+// Each side 1..kMaxFrameSide.
+inline constexpr std::int32_t kMaxFrameSide = 32768;
+std::optional<FrameSize> parseFrameSize(std::string_view text);
+
+struct Rgb8 {
+    std::uint8_t red = 255;
+    std::uint8_t green = 255;
+    std::uint8_t blue = 255;
+    bool operator==(const Rgb8&) const = default;
+};
+std::optional<Rgb8> parseColour(std::string_view text);
+std::string formatColour(const Rgb8& colour);  // "#rrggbb"
+
+struct Length {
+    enum class Unit { Fraction, Percent, Pixels };
+    double value = 0;
+    Unit unit = Unit::Fraction;
+    // In pixels of a frame side `extent` pixels long.
+    double pixels(double extent) const;
+    bool operator==(const Length&) const = default;
+};
+std::optional<Length> parseLength(std::string_view text);
+std::string formatLength(const Length& length);
+
+struct Position {
+    Length x;
+    Length y;
+    bool operator==(const Position&) const = default;
+};
+std::optional<Position> parsePosition(std::string_view text);
+
+} // namespace glintwave::cli

@@ -1,0 +1,13 @@
+// glintwave - renders lens flares with the Glintwave plug-in; see Commands.h.
+
+#include "Commands.h"
+
+int main(int argc, char** argv)
+{
+    glintwave::cli::CommandLine line;
+    glintwave::cli::addRenderCommand(line);
+    glintwave::cli::addStylesCommand(line);
+    glintwave::cli::addSheetCommand(line);
+    glintwave::cli::addInfoCommand(line);
+    return line.run(argc, argv);
+}

@@ -1,0 +1,283 @@
+// CommandRunTest.cpp - the built `glintwave` program, end to end: images
+// written and read back, paint over backgrounds, the sketch, the error
+// table and a cancel. Frames are small so the whole file runs in seconds.
+#include "Output.h"
+
+#include <OpenImageIO/imagebuf.h>
+#include <OpenImageIO/imagebufalgo.h>
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+// A fresh folder, removed with its contents at the end of the test.
+class TempFolder {
+public:
+    TempFolder()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "glintwave-cli-XXXXXX").string();
+        if (mkdtemp(pattern.data()))
+            path_ = pattern;
+    }
+    ~TempFolder() { std::filesystem::remove_all(path_); }
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+struct CommandRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+std::string slurp(const std::filesystem::path& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// Runs `environment glintwave arguments` through the shell, stdin closed.
+CommandRun glintwave(const TempFolder& scratch, const std::string& arguments, const std::string& environment = "")
+{
+    const std::string command = environment + " '" GLINTWAVE_COMMAND "' " + arguments + " >'" +
+                                (scratch / "out.txt").string() + "' 2>'" + (scratch / "err.txt").string() +
+                                "' </dev/null";
+    CommandRun run;
+    const int raw = std::system(command.c_str());
+    run.status = raw != -1 && WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    run.out = slurp(scratch / "out.txt");
+    run.err = slurp(scratch / "err.txt");
+    return run;
+}
+
+OIIO::ImageBuf readBack(const std::filesystem::path& file)
+{
+    OIIO::ImageBuf image(file.string());
+    EXPECT_TRUE(image.read(0, 0, true, OIIO::TypeDesc::FLOAT)) << file << ": " << image.geterror();
+    return image;
+}
+
+// Writes a width x height image whose pixel (x, y) is (fill(x, y, c)) per channel.
+template <typename Fill>
+void writeImage(const std::filesystem::path& file, int width, int height, OIIO::TypeDesc type, Fill fill)
+{
+    OIIO::ImageBuf image(OIIO::ImageSpec(width, height, 3, OIIO::TypeDesc::FLOAT));
+    for (OIIO::ImageBuf::Iterator<float> p(image); !p.done(); ++p)
+        for (int c = 0; c < 3; ++c)
+            p[c] = fill(p.x(), p.y(), c);
+    ASSERT_TRUE(image.write(file.string(), type));
+}
+
+// The files in a folder other than the runner's own output captures.
+std::vector<std::string> filesIn(const TempFolder& folder)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+        const std::string name = entry.path().filename().string();
+        if (name != "out.txt" && name != "err.txt")
+            names.push_back(name);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST(GlintwaveRender, PngAndExrReadBackWithMetadata)
+{
+    TempFolder scratch;
+    struct Case {
+        const char* file;
+        const char* options;
+        OIIO::TypeDesc::BASETYPE stored;
+    };
+    const Case cases[] = {
+        {"f.png", "--depth 48", OIIO::TypeDesc::UINT16},
+        {"f.exr", "--depth 48", OIIO::TypeDesc::HALF},
+        {"f.tif", "--depth 32", OIIO::TypeDesc::UINT8},
+    };
+    for (const Case& c : cases) {
+        const std::string output = " -o '" + (scratch / c.file).string() + "'";
+        const CommandRun run = glintwave(scratch, std::string("render -q --size 96x54 --style 2 ") + c.options + output);
+        ASSERT_EQ(run.status, 0) << c.file << "\n" << run.err;
+        EXPECT_EQ(run.out + run.err, "") << c.file;  // -q, and no progress bar without a terminal
+        OIIO::ImageBuf image = readBack(scratch / c.file);
+        const OIIO::ImageSpec& spec = image.nativespec();
+        EXPECT_EQ(spec.width, 96);
+        EXPECT_EQ(spec.height, 54);
+        EXPECT_EQ(spec.nchannels, 3);
+        EXPECT_EQ(spec.format.basetype, c.stored) << c.file;
+        const std::string description = spec.get_string_attribute("ImageDescription");
+        EXPECT_EQ(description.rfind("Glintwave lens flare, style 2 ", 0), 0u) << c.file << ": " << description;
+        EXPECT_NE(description.find("--ring-scale 1 "), std::string::npos) << c.file;
+        const auto stats = OIIO::ImageBufAlgo::computePixelStats(image);
+        EXPECT_GT(stats.max[0], 0.5f) << c.file << " is (nearly) black";
+        EXPECT_LE(stats.max[0], 1.0f) << c.file;
+    }
+    EXPECT_EQ(filesIn(scratch), (std::vector<std::string>{"f.exr", "f.png", "f.tif"}));  // no temporaries left
+}
+
+TEST(GlintwaveRender, OverAnIntegerBackgroundAddsAndSaturates)
+{
+    TempFolder scratch;
+    // Bright in red so the flare saturates it, dark and asymmetric elsewhere.
+    writeImage(scratch / "bg.png", 80, 45, OIIO::TypeDesc::UINT8,
+               [](int x, int y, int c) { return c == 0 ? 240 / 255.0f : (x + 2 * y + 30 * c) / 255.0f; });
+    for (const char* depth : {"48", "32"}) {
+        const std::string common = std::string("render -q --style 1 --depth ") + depth;
+        ASSERT_EQ(glintwave(scratch, common + " --size 80x45 -o '" + (scratch / "black.png").string() + "'").status, 0);
+        const CommandRun over = glintwave(scratch, common + " --over '" + (scratch / "bg.png").string() + "' -o '" +
+                                                (scratch / "over.png").string() + "'");
+        ASSERT_EQ(over.status, 0) << over.err;
+        // In the frame's own levels: 8-bit v is v x 64 of 16320, a 16-bit file
+        // sample s is s x 16320 / 65535.
+        const double full = depth == std::string("48") ? 16320.0 : 255.0;
+        const OIIO::ImageBuf bg = readBack(scratch / "bg.png");
+        const OIIO::ImageBuf flare = readBack(scratch / "black.png");
+        const OIIO::ImageBuf result = readBack(scratch / "over.png");
+        int saturated = 0;
+        for (OIIO::ImageBuf::ConstIterator<float> b(bg), f(flare), r(result); !r.done(); ++b, ++f, ++r) {
+            for (int c = 0; c < 3; ++c) {
+                const double expected = std::min(full, std::round(b[c] * full) + std::round(f[c] * full));
+                ASSERT_EQ(std::round(r[c] * full), expected) << depth << " at " << r.x() << "," << r.y();
+                saturated += expected == full && f[c] > 0;
+            }
+        }
+        EXPECT_GT(saturated, 0) << depth;
+    }
+}
+
+TEST(GlintwaveRender, FloatBackgroundKeepsValuesAboveOne)
+{
+    TempFolder scratch;
+    writeImage(scratch / "bg.exr", 64, 36, OIIO::TypeDesc::FLOAT,
+               [](int x, int, int c) { return 2.0f + 0.25f * c + x / 64.0f; });
+    const std::string common = "render -q --style 1 --depth 48 ";
+    ASSERT_EQ(glintwave(scratch, common + "--size 64x36 -o '" + (scratch / "black.exr").string() + "'").status, 0);
+    const CommandRun over = glintwave(scratch, common + "--over '" + (scratch / "bg.exr").string() + "' -o '" +
+                                            (scratch / "over.exr").string() + "'");
+    ASSERT_EQ(over.status, 0) << over.err;
+    const OIIO::ImageBuf bg = readBack(scratch / "bg.exr");
+    const OIIO::ImageBuf flare = readBack(scratch / "black.exr");
+    const OIIO::ImageBuf result = readBack(scratch / "over.exr");
+    for (OIIO::ImageBuf::ConstIterator<float> b(bg), f(flare), r(result); !r.done(); ++b, ++f, ++r)
+        for (int c = 0; c < 3; ++c)
+            ASSERT_NEAR(r[c], b[c] + f[c], 0.004f) << r.x() << "," << r.y();  // half precision near 3
+    EXPECT_GT(OIIO::ImageBufAlgo::computePixelStats(result).max[0], 3.0f);
+}
+
+TEST(GlintwaveRender, SketchIsWhitePointsOnly)
+{
+    TempFolder scratch;
+    const CommandRun run =
+        glintwave(scratch, "render -q --depth 8 --size 160x90 -o '" + (scratch / "s.png").string() + "'");
+    ASSERT_EQ(run.status, 0) << run.err;
+    const OIIO::ImageBuf sketch = readBack(scratch / "s.png");
+    int points = 0;
+    for (OIIO::ImageBuf::ConstIterator<float> p(sketch); !p.done(); ++p) {
+        ASSERT_TRUE(p[0] == 0.0f || p[0] == 1.0f) << p.x() << "," << p.y();
+        ASSERT_EQ(p[0], p[1]);
+        points += p[0] == 1.0f;
+    }
+    EXPECT_GT(points, 20);
+    EXPECT_LT(points, 160 * 90 / 4);  // outlines, not filled shapes
+}
+
+TEST(GlintwaveCommand, ErrorsLeaveNoFile)
+{
+    TempFolder scratch;
+    std::ofstream(scratch / "broken.png") << "not an image";
+    writeImage(scratch / "cut.jpg", 64, 36, OIIO::TypeDesc::UINT8,
+               [](int x, int y, int c) { return (x * y + c) % 7 / 7.0f; });
+    std::filesystem::resize_file(scratch / "cut.jpg", std::filesystem::file_size(scratch / "cut.jpg") / 2);
+    std::filesystem::create_directory(scratch / "lonely");
+    std::filesystem::copy_file(GLINTWAVE_PLUGIN_PATH, scratch / "lonely" / "Glintwave.so");
+    const std::string out = " -o '" + (scratch / "out.png").string() + "'";
+    struct Case {
+        std::string arguments;
+        int status;
+        std::string message;
+    };
+    std::vector<Case> cases = {
+        {"render --size 16x9 --bogus" + out, 2, "--bogus"},
+        {"render --size 16x9", 2, "--output is required"},
+        {"render --ring-scale abc" + out, 2, "'abc' is not a number"},
+        {"render --ring-scale 99" + out, 2, "out of range"},
+        {"render --light nan,0.3" + out, 2, "not a position"},
+        {"render --size 0x10" + out, 2, "not a frame size"},
+        {"render --depth 24" + out, 2, "--depth"},
+        {"render --size 16x9 --over x.png" + out, 2, "excludes"},
+        {"render --size 16x9 --style nosuch" + out, 2, "no such style; choose one of 1 "},
+        {"render --size 16x9 -o '" + (scratch / "out.xyz").string() + "'", 2, "no image format"},
+        {"render --over '" + (scratch / "missing.png").string() + "'" + out, 1, "no such image file"},
+        {"render --over '" + (scratch / "broken.png").string() + "'" + out, 1, "cannot read it as an image"},
+        {"render --over '" + (scratch / "cut.jpg").string() + "'" + out, 1, "is damaged"},
+        {"render --size 16x9 --plugin /nonexistent/Glintwave.so" + out, 1, "cannot load plug-in"},
+        {"render --size 16x9 --plugin '" + (scratch / "lonely" / "Glintwave.so").string() + "'" + out, 1,
+         "Glintwave.rsc"},
+        {"render --size 16x9 -o '" + (scratch / "nofolder" / "out.png").string() + "'", 1, "does not exist"},
+        {"sheet --cell 8x8" + out, 2, "not a cell size"},
+        {"", 2, "subcommand"},
+    };
+    if (glintwave::cli::frameMemory(32768, 32768) > glintwave::cli::physicalMemory())
+        cases.push_back({"render --size 32768x32768" + out, 1, "more than this machine's"});
+    for (const Case& c : cases) {
+        const CommandRun run = glintwave(scratch, c.arguments);
+        EXPECT_EQ(run.status, c.status) << c.arguments << "\n" << run.err;
+        EXPECT_EQ(run.err.rfind("glintwave ERROR: ", 0), 0u) << c.arguments << "\n" << run.err;
+        EXPECT_NE(run.err.find(c.message), std::string::npos) << c.arguments << "\n" << run.err;
+        EXPECT_EQ(run.err.find("usage: glintwave") != std::string::npos, c.status == 2) << c.arguments;
+        EXPECT_EQ(filesIn(scratch), (std::vector<std::string>{"broken.png", "cut.jpg", "lonely"})) << c.arguments;
+    }
+}
+
+TEST(GlintwaveCommand, CancelAtTheFirstReportWritesNothing)
+{
+    TempFolder scratch;
+    for (const char* command : {"render --size 64x36", "sheet --cell 32x18"}) {
+        const CommandRun run = glintwave(scratch, std::string(command) + " -o '" + (scratch / "c.png").string() + "'",
+                                  "GLINTWAVE_TEST_INTERRUPT=1");
+        EXPECT_EQ(run.status, 130) << command << "\n" << run.err;
+        EXPECT_NE(run.err.find("cancelled"), std::string::npos) << run.err;
+        EXPECT_TRUE(filesIn(scratch).empty()) << command;
+    }
+}
+
+TEST(GlintwaveCommand, HelpVersionStylesInfoSheet)
+{
+    TempFolder scratch;
+    struct Case {
+        std::string arguments;
+        std::string inStdout;
+    };
+    const Case cases[] = {
+        {"--help", "render"},
+        {"render --help", "--ring-scale REAL"},
+        {"render --help", "--no-halo"},
+        {"--version", "glintwave "},
+        {"styles", "  1  "},
+        {"info", "'GENF'"},
+        {"info", "The user canceled the plug-in operation"},
+        {"sheet --cell 48x27 --columns 2 -o '" + (scratch / "sheet.png").string() + "'", "sheet.png: "},
+        {"render --size 32x18 --light -0.5,1.5 --light-color 255,200,0 --ring-color '#ff0000' --no-streaks -o '" +
+             (scratch / "outside.png").string() + "'",
+         "outside.png: 32x18"},
+    };
+    for (const Case& c : cases) {
+        const CommandRun run = glintwave(scratch, c.arguments);
+        EXPECT_EQ(run.status, 0) << c.arguments << "\n" << run.err;
+        EXPECT_NE(run.out.find(c.inStdout), std::string::npos) << c.arguments << "\n" << run.out;
+    }
+    const OIIO::ImageBuf sheet = readBack(scratch / "sheet.png");
+    EXPECT_EQ(sheet.spec().width, 2 + 2 * (48 + 2));
+}
+
+} // namespace
