@@ -218,7 +218,7 @@ TEST_F(SettingsDialog, ScriptMistakesCancelTheDialog)
         {"Brightness=2", "has no item \"Brightness\""},
         {"99=1", "has no item 99"},
         {"Scale=2", "has no item \"Scale\""},  // only static texts carry it
-        {"Flare style=7", "takes a value from 0 to 2, not 7"},
+        {"Flare style=99", "takes a value from 0 to 13, not 99"},
         {"Flare style=Nova", "one of \"Classic Zoom\", \"Sun Glint\", \"Soft Anamorphic\""},
         {"Aspect ratio=-1", "does not accept the text \"-1\""},
         {"Rotation=abc", "does not accept the text \"abc\""},
