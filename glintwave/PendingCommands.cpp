@@ -1,9 +1,8 @@
 /*
  * PendingCommands.cpp - commands understood (CHEK answers 0 for them) whose
- * work is not written yet: the settings dialog and the four animation
- * channel commands.
+ * work is not written yet: the settings dialog.
  *
- * Each checks its record size like every handler (3 when too small) and
+ * It checks its record size like every handler (3 when too small) and
  * then answers 2, "Unsupported plug-in command was received". This file
  * goes away as the real handlers arrive.
  */
@@ -20,24 +19,4 @@ static int32_t NotYetSupported(int32_t theCommandRecSize, int32_t theMinimumSize
 int32_t DoInterface(int32_t theCommandRecSize, void* /*theCommandRec*/)
 {
     return NotYetSupported(theCommandRecSize, (int32_t)sizeof(PluginInterfaceRec));
-}
-
-int32_t DoInitializeChannel(int32_t theCommandRecSize, void* /*theCommandRec*/)
-{
-    return NotYetSupported(theCommandRecSize, (int32_t)sizeof(PluginInitializeChannelRec));
-}
-
-int32_t DoFinishChannel(int32_t theCommandRecSize, void* /*theCommandRec*/)
-{
-    return NotYetSupported(theCommandRecSize, (int32_t)sizeof(PluginFinishChannelRec));
-}
-
-int32_t DoUpdateChannel(int32_t theCommandRecSize, void* /*theCommandRec*/)
-{
-    return NotYetSupported(theCommandRecSize, (int32_t)sizeof(PluginUpdateChannelRec));
-}
-
-int32_t DoLoadChannel(int32_t theCommandRecSize, void* /*theCommandRec*/)
-{
-    return NotYetSupported(theCommandRecSize, (int32_t)sizeof(PluginLoadChannelRec));
 }

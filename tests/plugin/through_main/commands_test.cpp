@@ -159,14 +159,7 @@ TEST_F(CommandsTest, PendingCommandsAnswerTwo)
 {
     writeStandardStyle();
     PluginInterfaceRec face{};
-    PluginInitializeChannelRec channels{};
-    PluginFinishChannelRec finish{};
-    PluginLoadChannelRec load{};
     EXPECT_EQ(host.call(kCmdInterface, face), kPluginUnsupported);
-    EXPECT_EQ(host.call(kCmdInitChannel, channels), kPluginUnsupported);
-    EXPECT_EQ(host.call(kCmdUpdateChannel, channels), kPluginUnsupported);
-    EXPECT_EQ(host.call(kCmdFinishChannel, finish), kPluginUnsupported);
-    EXPECT_EQ(host.call(kCmdLoadChannel, load), kPluginUnsupported);
 }
 
 } // namespace
