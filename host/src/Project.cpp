@@ -66,7 +66,8 @@ public:
 
     void onlyKnown(const Json& object, const std::string& field, std::initializer_list<const char*> known) const
     {
-        for (const auto& [key, value] : object.items()) {
+        for (const auto& item : object.items()) {
+            const std::string& key = item.key();
             if (std::none_of(known.begin(), known.end(), [&](const char* k) { return key == k; }))
                 fail(fieldName(field, key), "unknown field");
         }

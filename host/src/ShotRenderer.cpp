@@ -31,6 +31,9 @@ ShotRenderer::ShotRenderer(PluginInstance& instance, const Project& project)
 
     instance_.setControlData(project.controlData);
     instance_.require(kCmdInitialize, instance_.init());
+    // A registration starts from nothing, so channel paths stay those of
+    // this one registration.
+    instance_.channels().clear();
     instance_.require(kCmdInitChannel, initializeChannels(instance_, range_));
     applyChannels(project, instance_.channels());
 }
