@@ -45,6 +45,19 @@ TEST(Project, RoundTripsThroughTextAndFiles)
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
+// A file written by format version 1, kept as it was: every later version
+// must still open it (upgrading it in memory).
+TEST(Project, Version1FilesOpen)
+{
+    const Project project = korvane::loadProject(PROJECTS_DIR "/version-1.json");
+    EXPECT_EQ(project.controlData, (std::vector<std::uint8_t>{'F', 'L', 'A', 'R', 0, 0, 0, 6}));
+    EXPECT_EQ(project.lastFrame, 48);
+    EXPECT_DOUBLE_EQ(project.light.at(24).x, 0.3 + 0.4 * 23.0 / 47.0);
+    EXPECT_EQ(project.light.at(24).color, (ChannelColor{255, 200, 180}));
+    EXPECT_EQ(project.channels.at("Glintwave/Ring Scale").keys, (korvane::Keys{{1, 0.5}, {48, 2.0}}));
+    EXPECT_EQ(project.channels.at("Halo/Visible").keys, (korvane::Keys{{1, true}}));
+}
+
 TEST(Project, Base64IsStrict)
 {
     for (std::size_t size = 0; size < 7; size++) {
