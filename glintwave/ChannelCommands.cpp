@@ -198,25 +198,32 @@ void LoadRing(int32_t theIndex, int32_t theOffset, int32_t theFrame, int32_t* th
     RGB_Color theColor = {(uint16_t)theRing->ringColor.red, (uint16_t)theRing->ringColor.green,
                           (uint16_t)theRing->ringColor.blue};
 
+    /* Each value goes into the ring as soon as it has been read, as far as
+       the reads succeed; the ring is found again after every request. */
     GetChannel(theVisibleChannel, RingID(theIndex, kRingVisible), kChannelBoolean, theFrame, &theVisible,
                kChannelBoolSize, theResult);
-    GetChannel(theScaleChannel, RingID(theIndex, kRingScale), kChannelReal, theFrame, &theScale, kChannelRealSize,
-               theResult);
-    GetChannel(theIntensityChannel, RingID(theIndex, kRingIntensity), kChannelReal, theFrame, &theIntensity,
-               kChannelRealSize, theResult);
-    GetChannel(theColorChannel, RingID(theIndex, kRingColor), kChannelRGB, theFrame, &theColor, kChannelRGBSize,
-               theResult);
-    if (*theResult != kPluginNoError)
-        return;
-
-    theRing = RingAt(TheData(), theOffset);
-    if (theRing == nullptr)
+    if (*theResult != kPluginNoError || (theRing = RingAt(TheData(), theOffset)) == nullptr)
         return;
     uint32_t theMode = theRing->ringMode;
     SetFlag(&theMode, 31, theVisible == 0);
     theRing->ringMode = theMode;
+
+    GetChannel(theScaleChannel, RingID(theIndex, kRingScale), kChannelReal, theFrame, &theScale, kChannelRealSize,
+               theResult);
+    if (*theResult != kPluginNoError || (theRing = RingAt(TheData(), theOffset)) == nullptr)
+        return;
     theRing->ringScale = NarrowToFloat(theScale);
+
+    GetChannel(theIntensityChannel, RingID(theIndex, kRingIntensity), kChannelReal, theFrame, &theIntensity,
+               kChannelRealSize, theResult);
+    if (*theResult != kPluginNoError || (theRing = RingAt(TheData(), theOffset)) == nullptr)
+        return;
     theRing->ringIntensity = NarrowToFloat(theIntensity);
+
+    GetChannel(theColorChannel, RingID(theIndex, kRingColor), kChannelRGB, theFrame, &theColor, kChannelRGBSize,
+               theResult);
+    if (*theResult != kPluginNoError || (theRing = RingAt(TheData(), theOffset)) == nullptr)
+        return;
     theRing->ringColor.red = (int16_t)theColor.red;
     theRing->ringColor.green = (int16_t)theColor.green;
     theRing->ringColor.blue = (int16_t)theColor.blue;
