@@ -17,7 +17,7 @@
  *   'SETF' DoSetup              frame and light set-up; needs the host procedure
  *   'GENF' DoGenerate           declared in FlareRender.h
  *   'INTF' DoInterface          the settings dialog (InterfaceCommand.cpp)
- *   'ICHN', 'FCHN', 'UCHN', 'LCHN'  see PendingCommands.cpp
+ *   'ICHN', 'FCHN', 'UCHN', 'LCHN'  the animation channels, see Channels.h
  */
 #ifndef GLINTWAVE_COMMANDS_H
 #define GLINTWAVE_COMMANDS_H
@@ -40,8 +40,7 @@ int32_t DoDescribe(int32_t theCommandRecSize, void* theCommandRec);
 int32_t DoSetup(int32_t theCommandRecSize, void* theCommandRec);
 int32_t DoInterface(int32_t theCommandRecSize, void* theCommandRec);
 
-/* Commands whose work comes later; for now each checks its record size and
-   answers 2 ("Unsupported plug-in command was received"). */
+/* The animation channels (ChannelCommands.cpp). */
 int32_t DoInitializeChannel(int32_t theCommandRecSize, void* theCommandRec);
 int32_t DoFinishChannel(int32_t theCommandRecSize, void* theCommandRec);
 int32_t DoUpdateChannel(int32_t theCommandRecSize, void* theCommandRec);

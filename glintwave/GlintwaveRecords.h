@@ -337,10 +337,14 @@ KV_STATIC_ASSERT(offsetof(PluginDataRec, flarePixelBuffer) == 540, "PluginDataRe
 KV_STATIC_ASSERT(offsetof(PluginDataRec, flareXScale) == 580, "PluginDataRec");
 KV_STATIC_ASSERT(offsetof(PluginDataRec, flareRect) == 668, "PluginDataRec");
 KV_STATIC_ASSERT(offsetof(PluginDataRec, flareLightColor) == 700, "PluginDataRec");
+KV_STATIC_ASSERT(offsetof(PluginDataRec, flareLabelChannel) == 704, "PluginDataRec");
+KV_STATIC_ASSERT(offsetof(PluginDataRec, flareEndChannel) == 760, "PluginDataRec");
 KV_STATIC_ASSERT(offsetof(PluginDataRec, flareRingFirst) == 764, "PluginDataRec");
 KV_STATIC_ASSERT(sizeof(PluginDataRec) == 784, "PluginDataRec");
 KV_STATIC_ASSERT(offsetof(RingElement, ringRect) == 76, "RingElement");
 KV_STATIC_ASSERT(offsetof(RingElement, ringFlareColors) == 124, "RingElement");
+KV_STATIC_ASSERT(offsetof(RingElement, ringLabelChannel) == 132, "RingElement");
+KV_STATIC_ASSERT(offsetof(RingElement, ringEndChannel) == 152, "RingElement");
 KV_STATIC_ASSERT(sizeof(RingElement) == 156, "RingElement");
 KV_STATIC_ASSERT(offsetof(StreakElement, streakRect) == 48, "StreakElement");
 KV_STATIC_ASSERT(offsetof(StreakElement, streakEdges) == 88, "StreakElement");

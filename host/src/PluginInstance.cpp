@@ -336,6 +336,9 @@ std::size_t recordSizeOf(std::uint32_t selector)
     case kHostFree:         return sizeof(HostFreeRec);
     case kHostAllocate:     return sizeof(HostAllocateRec);
     case kHostResetChannel: return sizeof(HostResetChannelRec);
+    case kHostAddChannel:   return sizeof(HostAddChannelRec);
+    case kHostGetChannel:   return sizeof(HostGetChannelRec);
+    case kHostSetChannel:   return sizeof(HostSetChannelRec);
     case kHostStatus:       return sizeof(HostStatusRec);
     case kHostMemMalloc:    return sizeof(HostMemMallocRec);
     case kHostMemFree:      return sizeof(HostMemFreeRec);
@@ -371,7 +374,10 @@ std::int32_t PluginInstance::answer(std::uint32_t selector, std::int32_t size, v
     switch (selector) {
     case kHostFree:         return answerFree(record);
     case kHostAllocate:     return answerAllocate(record);
-    case kHostResetChannel: return kPluginNoError;
+    case kHostResetChannel:
+    case kHostAddChannel:
+    case kHostGetChannel:
+    case kHostSetChannel:   return channels_.answer(selector, record);
     case kHostStatus:       return answerStatus(record);
     case kHostMemMalloc:    return answerMalloc(record);
     case kHostMemFree:      return answerMemFree(record);

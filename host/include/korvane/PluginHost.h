@@ -23,8 +23,8 @@
 //           answer (4 cancels the render). Reports are paced through
 //           theStatusTick: the host asks for the next one no sooner than
 //           statusIntervalTicks sixtieths of a second later.
-//   'RCHN'  0 (there are no channels to drop yet).
-//   'ACHN'/'GCHN'/'SCHN' and anything else: 2, not offered.
+//   'ACHN'/'GCHN'/'SCHN'/'RCHN'  the instance's channels (ChannelStore.h).
+//   anything else: 2, not offered.
 // A record smaller than its request's type answers 3.
 //
 // Typed calls fill the command records; each returns the plug-in's result
@@ -35,6 +35,7 @@
 #pragma once
 
 #include "KVPluginAPI.h"
+#include "korvane/ChannelStore.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -239,6 +240,10 @@ public:
     // The info record the host puts at the start of every command record.
     PluginInfoRec infoRecord();
 
+    // The animation channels the plug-in registered, with their keys.
+    ChannelStore& channels() { return channels_; }
+    const ChannelStore& channels() const { return channels_; }
+
     const PluginLibrary& library() const { return library_; }
     const HostOptions& options() const { return options_; }
     HostOptions& options() { return options_; }
@@ -261,6 +266,7 @@ private:
     HostBlock control_;
     HostBlock plugin_;
     std::map<void*, std::size_t> mallocs_;
+    ChannelStore channels_;
     ProgressCallback progress_;
     RequestObserver observer_;
     std::string toolboxError_;  // what the toolbox reported during the last call

@@ -303,6 +303,10 @@ std::int32_t TestHost::answer(std::uint32_t selector, std::int32_t size, void* r
         return answerMalloc(size, record);
     case kHostMemFree:
         return answerFreeMemory(size, record);
+    case kHostAddChannel:
+    case kHostGetChannel:
+    case kHostSetChannel:
+        return options.channelAnswer ? options.channelAnswer(selector, size, record) : kPluginUnsupported;
     default:
         return kPluginUnsupported;
     }

@@ -19,7 +19,8 @@
 //   'STAT'  every report is recorded; can answer a cancel (4) once a given
 //           number of reports has been made.
 //   'MMAL'/'MFRE'  malloc/free; whatever is left is freed with the host.
-//   'ACHN'/'GCHN'/'SCHN'  answered 2 (not offered by this host).
+//   'ACHN'/'GCHN'/'SCHN'  handed to HostOptions::channelAnswer when a test
+//           sets one; otherwise 2 (not offered by this host).
 //   anything else: 2.
 // A request record smaller than its type is answered 3 and counted as a
 // protocol error.
@@ -30,6 +31,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -81,6 +83,8 @@ struct HostOptions {
     int cancelAfterReports = -1;                 // >= 0: 'STAT' answers cancelAnswer from that report on
     std::int32_t cancelAnswer = 4;
     bool offerHostProc = true;                   // false: theHostProc is null in every call
+    // Answers the channel requests (selector, record size, record).
+    std::function<std::int32_t(std::uint32_t, std::int32_t, void*)> channelAnswer;
 };
 
 // The sizes one 'ALOC' request asked for.
