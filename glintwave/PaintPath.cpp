@@ -3,6 +3,8 @@
  */
 #include "PaintPath.h"
 
+#include "RingPaint.h"
+
 namespace {
 
 int32_t forcedPath = kPaintPathBest;
@@ -11,13 +13,15 @@ int32_t forcedPath = kPaintPathBest;
 
 bool VectorPathAvailable(void)
 {
-    return false;
+    static const bool available = ProcessorHasAVX2();
+    return available;
 }
 
 int32_t CurrentPaintPath(void)
 {
-    (void)forcedPath;
-    return kPaintPathPlain;
+    if (forcedPath == kPaintPathPlain || forcedPath == kPaintPathSpans)
+        return forcedPath;
+    return VectorPathAvailable() ? kPaintPathVector : kPaintPathSpans;
 }
 
 void SetPaintPath(int32_t thePath)

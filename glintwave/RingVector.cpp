@@ -1,0 +1,253 @@
+/*
+ * RingVector.cpp - the span kernels of the ring painters with AVX2, eight
+ * pixels at a time, giving the bytes of the per-pixel rule.
+ *
+ * Every step is the rule's own operation on more lanes: the squared term and
+ * 0.5 + its square root in double (correctly rounded, as the scalar sqrt),
+ * truncation to the 16.16 distance, the ramp entries fetched by gathers, the
+ * blend in 32-bit integers (a colour times a weight stays below 2^32), and
+ * the write: for 48 bits a saturating add, for 32 bits the dither add with
+ * the seeds of eight consecutive pixels, taken from the row's seed by the
+ * generator's jump constants. An octet in which not every pixel lies inside
+ * the ramp (only at the ends of a turned ring's span) and the last few
+ * pixels of a span go pixel by pixel through the rule.
+ *
+ * Only these functions are compiled for AVX2; the build stays baseline and
+ * they are called only when the processor reports AVX2.
+ */
+#include "RingPaint.h"
+
+#if defined(__x86_64__) || defined(__i386__)
+
+#include <immintrin.h>
+
+#define GLINTWAVE_AVX2 __attribute__((target("avx2")))
+
+namespace {
+
+/* 16.16 distances must convert to 32-bit integers. */
+constexpr double kVectorDistanceRange = 2147483648.0;
+
+/* The dither generator advanced by j steps in one: seed x multiplier[j] +
+   increment[j], all modulo 2^32. */
+struct DitherJumps {
+    uint32_t multiplier[9];
+    uint32_t increment[9];
+};
+
+constexpr DitherJumps MakeDitherJumps()
+{
+    DitherJumps jumps = {};
+    jumps.multiplier[0] = 1u;
+    jumps.increment[0] = 0u;
+    for (int j = 1; j <= 8; ++j) {
+        jumps.multiplier[j] = jumps.multiplier[j - 1] * 1103515245u;
+        jumps.increment[j] = jumps.increment[j - 1] * 1103515245u + 12345u;
+    }
+    return jumps;
+}
+
+constexpr DitherJumps kDitherJumps = MakeDitherJumps();
+
+/* Byte shuffles that interleave eight reds, greens and blues (16 bits each)
+   into the three 16-byte blocks of eight 48-bit pixels: block k, channel c. */
+struct InterleaveMasks {
+    int8_t bytes[3][3][16];
+};
+
+constexpr InterleaveMasks MakeInterleaveMasks()
+{
+    InterleaveMasks masks = {};
+    for (int k = 0; k < 3; ++k)
+        for (int c = 0; c < 3; ++c)
+            for (int p = 0; p < 8; ++p) {
+                int t = 8 * k + p;
+                bool mine = t % 3 == c;
+                masks.bytes[k][c][2 * p] = mine ? (int8_t)(2 * (t / 3)) : (int8_t)-128;
+                masks.bytes[k][c][2 * p + 1] = mine ? (int8_t)(2 * (t / 3) + 1) : (int8_t)-128;
+            }
+    return masks;
+}
+
+alignas(16) constexpr InterleaveMasks kInterleave = MakeInterleaveMasks();
+
+/* The squared terms of columns n..n+7. */
+GLINTWAVE_AVX2 inline void SquaredTerms(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
+                                        __m256d* q0, __m256d* q1)
+{
+    if (!rowTerms->rotated) {
+        const __m256d dy = _mm256_set1_pd(rowTerms->dySquared);
+        *q0 = _mm256_add_pd(_mm256_loadu_pd(plan->terms + n), dy);
+        *q1 = _mm256_add_pd(_mm256_loadu_pd(plan->terms + n + 4), dy);
+    } else {
+        const double* xa = plan->terms + n;
+        const double* xe = plan->terms + plan->columns + n;
+        const __m256d yb = _mm256_set1_pd(rowTerms->Yb);
+        const __m256d yf = _mm256_set1_pd(rowTerms->Yf);
+        __m256d u0 = _mm256_add_pd(yb, _mm256_loadu_pd(xa));
+        __m256d u1 = _mm256_add_pd(yb, _mm256_loadu_pd(xa + 4));
+        __m256d v0 = _mm256_add_pd(yf, _mm256_loadu_pd(xe));
+        __m256d v1 = _mm256_add_pd(yf, _mm256_loadu_pd(xe + 4));
+        *q0 = _mm256_add_pd(_mm256_mul_pd(v0, v0), _mm256_mul_pd(u0, u0));
+        *q1 = _mm256_add_pd(_mm256_mul_pd(v1, v1), _mm256_mul_pd(u1, u1));
+    }
+}
+
+/* The blended ramp colours of eight 16.16 distances. */
+GLINTWAVE_AVX2 inline void BlendRamp8(const FlareColor* ramp, __m256i distance, __m256i* red, __m256i* green,
+                                      __m256i* blue)
+{
+    const __m256i low16 = _mm256_set1_epi32(0xFFFF);
+    __m256i colorIndex = _mm256_srli_epi32(distance, 16);
+    __m256i factor1 = _mm256_and_si256(distance, low16);
+    __m256i factor0 = _mm256_sub_epi32(_mm256_set1_epi32(65536), factor1);
+    /* Byte offset of entry colorIndex: six bytes an entry. The three loads
+       of four bytes read entries colorIndex and colorIndex + 1, no further. */
+    __m256i offset = _mm256_add_epi32(_mm256_slli_epi32(colorIndex, 2), _mm256_slli_epi32(colorIndex, 1));
+    const char* bytes = reinterpret_cast<const char*>(ramp);
+    __m256i redGreen0 = _mm256_i32gather_epi32(reinterpret_cast<const int*>(bytes), offset, 1);
+    __m256i blue0Red1 = _mm256_i32gather_epi32(reinterpret_cast<const int*>(bytes + 4), offset, 1);
+    __m256i greenBlue1 = _mm256_i32gather_epi32(reinterpret_cast<const int*>(bytes + 8), offset, 1);
+
+    __m256i red0 = _mm256_and_si256(redGreen0, low16);
+    __m256i green0 = _mm256_srli_epi32(redGreen0, 16);
+    __m256i blue0 = _mm256_and_si256(blue0Red1, low16);
+    __m256i red1 = _mm256_srli_epi32(blue0Red1, 16);
+    __m256i green1 = _mm256_and_si256(greenBlue1, low16);
+    __m256i blue1 = _mm256_srli_epi32(greenBlue1, 16);
+    *red = _mm256_srli_epi32(
+        _mm256_add_epi32(_mm256_mullo_epi32(red0, factor0), _mm256_mullo_epi32(red1, factor1)), 16);
+    *green = _mm256_srli_epi32(
+        _mm256_add_epi32(_mm256_mullo_epi32(green0, factor0), _mm256_mullo_epi32(green1, factor1)), 16);
+    *blue = _mm256_srli_epi32(
+        _mm256_add_epi32(_mm256_mullo_epi32(blue0, factor0), _mm256_mullo_epi32(blue1, factor1)), 16);
+}
+
+GLINTWAVE_AVX2 inline __m128i Pack16(__m256i values)
+{
+    return _mm_packus_epi32(_mm256_castsi256_si128(values), _mm256_extracti128_si256(values, 1));
+}
+
+GLINTWAVE_AVX2 inline void Paint8Pixels48(unsigned char* thePixel, const FlareColor* ramp, __m256i distance)
+{
+    __m256i red, green, blue;
+    BlendRamp8(ramp, distance, &red, &green, &blue);
+    __m128i r = Pack16(red), g = Pack16(green), b = Pack16(blue);
+    const __m128i full = _mm_set1_epi16((short)kFullLevel);
+    for (int k = 0; k < 3; ++k) {
+        __m128i add = _mm_or_si128(
+            _mm_or_si128(_mm_shuffle_epi8(r, _mm_load_si128((const __m128i*)kInterleave.bytes[k][0])),
+                         _mm_shuffle_epi8(g, _mm_load_si128((const __m128i*)kInterleave.bytes[k][1]))),
+            _mm_shuffle_epi8(b, _mm_load_si128((const __m128i*)kInterleave.bytes[k][2])));
+        __m128i* block = reinterpret_cast<__m128i*>(thePixel + 16 * k);
+        __m128i old = _mm_loadu_si128(block);
+        /* A sum past 65535 stops there, which is past the full level too. */
+        _mm_storeu_si128(block, _mm_min_epu16(_mm_adds_epu16(old, add), full));
+    }
+}
+
+GLINTWAVE_AVX2 inline __m256i DitheredAdd8(__m256i old8, __m256i value, __m256i noise)
+{
+    __m256i sum = _mm256_add_epi32(_mm256_add_epi32(value, _mm256_slli_epi32(old8, 6)), noise);
+    return _mm256_min_epu32(_mm256_srli_epi32(sum, 6), _mm256_set1_epi32(255));
+}
+
+GLINTWAVE_AVX2 inline void Paint8Pixels32(unsigned char* thePixel, const FlareColor* ramp, __m256i distance,
+                                          uint32_t* seed)
+{
+    __m256i red, green, blue;
+    BlendRamp8(ramp, distance, &red, &green, &blue);
+    __m256i seeds = _mm256_add_epi32(
+        _mm256_mullo_epi32(_mm256_set1_epi32((int)*seed),
+                           _mm256_loadu_si256((const __m256i*)(kDitherJumps.multiplier + 1))),
+        _mm256_loadu_si256((const __m256i*)(kDitherJumps.increment + 1)));
+    *seed = *seed * kDitherJumps.multiplier[8] + kDitherJumps.increment[8];
+    __m256i noise = _mm256_srli_epi32(seeds, 26);
+
+    const __m256i low8 = _mm256_set1_epi32(0xFF);
+    __m256i* pixels = reinterpret_cast<__m256i*>(thePixel);
+    __m256i old = _mm256_loadu_si256(pixels);
+    __m256i r = DitheredAdd8(_mm256_and_si256(_mm256_srli_epi32(old, 16), low8), red, noise);
+    __m256i g = DitheredAdd8(_mm256_and_si256(_mm256_srli_epi32(old, 8), low8), green, noise);
+    __m256i b = DitheredAdd8(_mm256_and_si256(old, low8), blue, noise);
+    __m256i alpha = _mm256_and_si256(old, _mm256_set1_epi32((int)0xFF000000u));
+    __m256i out = _mm256_or_si256(_mm256_or_si256(alpha, _mm256_slli_epi32(r, 16)),
+                                  _mm256_or_si256(_mm256_slli_epi32(g, 8), b));
+    _mm256_storeu_si256(pixels, out);
+}
+
+template <int Depth>
+GLINTWAVE_AVX2 void PaintRingSpanAVX2(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first,
+                                      int32_t last, unsigned char* thePixel, uint32_t* seed)
+{
+    constexpr int pixelSize = Depth == 48 ? kPixelSize48 : kPixelSize32;
+    int32_t n = first;
+    if (plan->limit <= kVectorDistanceRange) {
+        const __m256d half = _mm256_set1_pd(0.5);
+        const __m256d limit = _mm256_set1_pd(plan->limit);
+        for (; (int64_t)last - n >= 7; n += 8, thePixel += 8 * pixelSize) {
+            __m256d q0, q1;
+            SquaredTerms(plan, rowTerms, n, &q0, &q1);
+            __m256d d0 = _mm256_add_pd(half, _mm256_sqrt_pd(q0));
+            __m256d d1 = _mm256_add_pd(half, _mm256_sqrt_pd(q1));
+            int inside = _mm256_movemask_pd(_mm256_cmp_pd(d0, limit, _CMP_LT_OQ)) |
+                         (_mm256_movemask_pd(_mm256_cmp_pd(d1, limit, _CMP_LT_OQ)) << 4);
+            if (inside == 0xFF) {
+                __m256i distance = _mm256_set_m128i(_mm256_cvttpd_epi32(d1), _mm256_cvttpd_epi32(d0));
+                if constexpr (Depth == 48)
+                    Paint8Pixels48(thePixel, plan->ramp, distance);
+                else
+                    Paint8Pixels32(thePixel, plan->ramp, distance, seed);
+            } else if (inside != 0) {
+                double d[8];
+                _mm256_storeu_pd(d, d0);
+                _mm256_storeu_pd(d + 4, d1);
+                for (int j = 0; j < 8; ++j)
+                    if (d[j] < plan->limit)
+                        PaintRingPixel<Depth>(thePixel + j * pixelSize, plan->ramp, TruncULong(d[j]), seed);
+            }
+        }
+    }
+    PaintRingSpanScalar<Depth>(plan, rowTerms, n, last, thePixel, seed);
+}
+
+}  // namespace
+
+bool ProcessorHasAVX2(void)
+{
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx2");
+}
+
+void PaintRingSpanVector48(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
+                           unsigned char* thePixel, uint32_t* seed)
+{
+    PaintRingSpanAVX2<48>(plan, rowTerms, first, last, thePixel, seed);
+}
+
+void PaintRingSpanVector32(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
+                           unsigned char* thePixel, uint32_t* seed)
+{
+    PaintRingSpanAVX2<32>(plan, rowTerms, first, last, thePixel, seed);
+}
+
+#else /* no AVX2 on this architecture: the portable kernels stand in */
+
+bool ProcessorHasAVX2(void)
+{
+    return false;
+}
+
+void PaintRingSpanVector48(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
+                           unsigned char* thePixel, uint32_t* seed)
+{
+    PaintRingSpanScalar<48>(plan, rowTerms, first, last, thePixel, seed);
+}
+
+void PaintRingSpanVector32(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
+                           unsigned char* thePixel, uint32_t* seed)
+{
+    PaintRingSpanScalar<32>(plan, rowTerms, first, last, thePixel, seed);
+}
+
+#endif
