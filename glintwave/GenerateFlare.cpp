@@ -22,19 +22,23 @@
 namespace {
 
 using PaintRowProc = void (*)(ControlDataRec*, PluginDataRec*, const L_Rect*, int32_t);
-using PaintPlannedProc = void (*)(RingPlan*, PluginDataRec*, const L_Rect*, int32_t, RingSpanProc);
+using PaintPlannedProc = void (*)(RingPlan*, PluginDataRec*, const L_Rect*, int32_t, const RingKernels*);
 
 /* The rings of one depth: the per-pixel rule, and the span painter with the
    kernel of each path. */
 struct RingPainters {
     PaintRowProc plain;
     PaintPlannedProc planned;
-    RingSpanProc scalarSpan;
-    RingSpanProc vectorSpan;
+    RingKernels scalar;
+    RingKernels vector;
 };
 
-const RingPainters kRings48 = {PaintRings48, PaintPlannedRings48, PaintRingSpanScalar<48>, PaintRingSpanVector48};
-const RingPainters kRings32 = {PaintRings32, PaintPlannedRings32, PaintRingSpanScalar<32>, PaintRingSpanVector32};
+const RingPainters kRings48 = {PaintRings48, PaintPlannedRings48,
+                               {PaintRingSpanScalar<48>, PaintRingFlatScalar<48>},
+                               {PaintRingSpanVector48, PaintRingFlatVector48}};
+const RingPainters kRings32 = {PaintRings32, PaintPlannedRings32,
+                               {PaintRingSpanScalar<32>, PaintRingFlatScalar<32>},
+                               {PaintRingSpanVector32, PaintRingFlatVector32}};
 
 /* Progress through the frame's rows when row y is next. */
 float RowPosition(const PluginDataRec* theData, int32_t y)
@@ -72,13 +76,13 @@ void PaintFlareRows(ControlDataRec* theControl, PluginDataRec* theData, bool sta
     RingPlan* thePlan = nullptr;
     if (path != kPaintPathPlain && *result == 0 && y < bufferRect.bottom)
         thePlan = MakeRingPlan(theControl, theData);
-    const RingSpanProc paintSpan = path == kPaintPathVector ? rings->vectorSpan : rings->scalarSpan;
+    const RingKernels* kernels = path == kPaintPathVector ? &rings->vector : &rings->scalar;
 
     while (y < bufferRect.bottom && *result == 0) {
         L_Rect curRect;
         SetLRect(&curRect, bufferRect.left, y, bufferRect.right, y + 1);
         if (thePlan != nullptr)
-            rings->planned(thePlan, theData, &curRect, y, paintSpan);
+            rings->planned(thePlan, theData, &curRect, y, kernels);
         else
             rings->plain(theControl, theData, &curRect, y);
         paintStreaks(theControl, theData, &curRect, y);

@@ -123,7 +123,20 @@ typedef struct RingSpanPlan {
     int32_t lastLast;
     const double* terms;   /* round: dx² per column; turned: X·a per column,
                               then X·e per column */
+    const uint32_t* pairs; /* per channel (red, green, blue) and ramp step i:
+                              entry i in the low half, entry i + 1 in the high
+                              half; kRampPairPadding zeros after the last */
+    int32_t pairStride;    /* entries from one channel's pairs to the next */
+    int32_t flatSteps;     /* round path: the first steps whose entries all
+                              equal the first (0: none) */
+    double flatInside;     /* ... the pixels on them: squared term below this */
+    uint32_t flatRed, flatGreen, flatBlue; /* ... and the colour they get */
+    int32_t lastFlatFirst; /* round path: the previous row's flat span */
+    int32_t lastFlatLast;
 } RingSpanPlan;
+
+/* The vector kernels read the pairs in windows of this many. */
+#define kRampPairPadding 16
 
 /* The terms of one row that the span kernels combine with the columns'. */
 typedef struct RingRowTerms {
@@ -162,7 +175,31 @@ void PaintRingSpanScalar(const RingSpanPlan* plan, const RingRowTerms* rowTerms,
     }
 }
 
+/* Paints count pixels from thePixel on that all lie on a ring's flat
+   steps: each gets the flat colour by the per-pixel rule. */
+typedef void (*RingFlatProc)(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel, uint32_t* seed);
+
+template <int Depth>
+void PaintRingFlatScalar(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel, uint32_t* seed)
+{
+    constexpr int pixelSize = Depth == 48 ? kPixelSize48 : kPixelSize32;
+    for (int32_t n = 0; n < count; ++n, thePixel += pixelSize) {
+        if constexpr (Depth == 48)
+            AddPixel48(thePixel, plan->flatRed, plan->flatGreen, plan->flatBlue);
+        else
+            AddPixel32(thePixel, plan->flatRed, plan->flatGreen, plan->flatBlue, NextDitherNoise(seed));
+    }
+}
+
+/* A path's kernels. */
+typedef struct RingKernels {
+    RingSpanProc span;
+    RingFlatProc flat;
+} RingKernels;
+
 /* The AVX2 kernels (RingVector.cpp); only called when the processor has it. */
+void PaintRingFlatVector48(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel, uint32_t* seed);
+void PaintRingFlatVector32(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel, uint32_t* seed);
 void PaintRingSpanVector48(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
                            unsigned char* thePixel, uint32_t* seed);
 void PaintRingSpanVector32(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
@@ -175,14 +212,15 @@ typedef struct RingPlan {
     int32_t count;
     RingSpanPlan* rings;
     double* storage;
+    uint32_t* pairStorage;
 } RingPlan;
 
 /* Null when the frame cannot be planned (no memory): paint it plainly. */
 RingPlan* MakeRingPlan(ControlDataRec* theControl, PluginDataRec* theData);
 void FreeRingPlan(RingPlan* thePlan);
 void PaintPlannedRings48(RingPlan* thePlan, PluginDataRec* theData, const L_Rect* curRect, int32_t y,
-                         RingSpanProc paintSpan);
+                         const RingKernels* kernels);
 void PaintPlannedRings32(RingPlan* thePlan, PluginDataRec* theData, const L_Rect* curRect, int32_t y,
-                         RingSpanProc paintSpan);
+                         const RingKernels* kernels);
 
 #endif /* GLINTWAVE_RING_PAINT_H */

@@ -57,6 +57,26 @@ double InsideBound(double limit)
     return inside;
 }
 
+/* Ramps longer than this are not laid out in pairs: their 16.16 distances
+   do not fit the vector kernels' 32-bit integers anyway. */
+constexpr int32_t kMaxPairedSteps = 32768;
+
+/* Lays the ramp out as the vector kernels read it: per channel, each step's
+   two entries side by side. */
+void PlanRampPairs(RingSpanPlan* plan, uint32_t* pairs)
+{
+    const int32_t steps = plan->ring->ringFlareColors;
+    const FlareColor* ramp = plan->ramp;
+    plan->pairs = pairs;
+    plan->pairStride = steps + kRampPairPadding;
+    memset(pairs, 0, 3 * (size_t)plan->pairStride * sizeof(uint32_t));
+    for (int32_t i = 0; i < steps; ++i) {
+        pairs[i] = ramp[i].red | (uint32_t)ramp[i + 1].red << 16;
+        pairs[plan->pairStride + i] = ramp[i].green | (uint32_t)ramp[i + 1].green << 16;
+        pairs[2 * plan->pairStride + i] = ramp[i].blue | (uint32_t)ramp[i + 1].blue << 16;
+    }
+}
+
 /* Fills the round path's dx² per column; false when one is not finite. */
 bool PlanRoundTerms(RingSpanPlan* plan, double* terms)
 {
@@ -73,6 +93,7 @@ bool PlanRoundTerms(RingSpanPlan* plan, double* terms)
     }
     plan->nearest = nearest;
     plan->lastFirst = plan->lastLast = nearest;
+    plan->lastFlatFirst = plan->lastFlatLast = nearest;
     return true;
 }
 
@@ -94,19 +115,39 @@ bool PlanTurnedTerms(RingSpanPlan* plan, const RingRow* row, double* terms)
     return true;
 }
 
-inline bool Inside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n)
+/* The flat steps at the start of the ramp: the pixels on steps below k get
+   exactly entry 0, because both entries they blend equal it. */
+void PlanFlatSteps(RingSpanPlan* plan)
 {
-    return RingSquaredTerm(plan, rowTerms, n) < plan->inside;
+    const int32_t steps = plan->ring->ringFlareColors;
+    const FlareColor* ramp = plan->ramp;
+    int32_t k = 0;
+    while (k < steps && ramp[k + 1].red == ramp[0].red && ramp[k + 1].green == ramp[0].green &&
+           ramp[k + 1].blue == ramp[0].blue)
+        ++k;
+    plan->flatSteps = k;
+    plan->flatInside = k > 0 ? InsideBound((double)k * 65536.0) : 0.0;
+    plan->flatRed = ramp[0].red;
+    plan->flatGreen = ramp[0].green;
+    plan->flatBlue = ramp[0].blue;
+}
+
+/* Whether column n lies inside: its squared term below the bound (inside,
+   or flatInside). */
+inline bool Inside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n, double bound)
+{
+    return RingSquaredTerm(plan, rowTerms, n) < bound;
 }
 
 /* The first column in [from, to] inside the ramp, given that the columns
    inside form the tail of that range and `to` is inside. Searches outwards
    from the guess in doubling steps, then halves. */
-int32_t FirstInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t from, int32_t to, int32_t guess)
+int32_t FirstInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, double bound, int32_t from, int32_t to,
+                    int32_t guess)
 {
     int32_t out, in; /* out is outside (or from - 1), in is inside */
     guess = guess < from ? from : guess > to ? to : guess;
-    if (Inside(plan, rowTerms, guess)) {
+    if (Inside(plan, rowTerms, guess, bound)) {
         in = guess;
         int32_t step = 1;
         for (;;) {
@@ -114,7 +155,7 @@ int32_t FirstInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int3
                 out = from - 1;
                 break;
             }
-            if (!Inside(plan, rowTerms, in - step)) {
+            if (!Inside(plan, rowTerms, in - step, bound)) {
                 out = in - step;
                 break;
             }
@@ -129,7 +170,7 @@ int32_t FirstInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int3
                 in = to;
                 break;
             }
-            if (Inside(plan, rowTerms, out + step)) {
+            if (Inside(plan, rowTerms, out + step, bound)) {
                 in = out + step;
                 break;
             }
@@ -139,7 +180,7 @@ int32_t FirstInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int3
     }
     while (in - out > 1) {
         int32_t middle = out + (in - out) / 2;
-        if (Inside(plan, rowTerms, middle))
+        if (Inside(plan, rowTerms, middle, bound))
             in = middle;
         else
             out = middle;
@@ -149,11 +190,12 @@ int32_t FirstInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int3
 
 /* The last column in [from, to] inside the ramp, given that the columns
    inside form the head of that range and `from` is inside. */
-int32_t LastInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t from, int32_t to, int32_t guess)
+int32_t LastInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, double bound, int32_t from, int32_t to,
+                   int32_t guess)
 {
     int32_t in, out; /* in is inside, out is outside (or to + 1) */
     guess = guess < from ? from : guess > to ? to : guess;
-    if (Inside(plan, rowTerms, guess)) {
+    if (Inside(plan, rowTerms, guess, bound)) {
         in = guess;
         int32_t step = 1;
         for (;;) {
@@ -161,7 +203,7 @@ int32_t LastInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32
                 out = to + 1;
                 break;
             }
-            if (!Inside(plan, rowTerms, in + step)) {
+            if (!Inside(plan, rowTerms, in + step, bound)) {
                 out = in + step;
                 break;
             }
@@ -176,7 +218,7 @@ int32_t LastInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32
                 in = from;
                 break;
             }
-            if (Inside(plan, rowTerms, out - step)) {
+            if (Inside(plan, rowTerms, out - step, bound)) {
                 in = out - step;
                 break;
             }
@@ -186,7 +228,7 @@ int32_t LastInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32
     }
     while (out - in > 1) {
         int32_t middle = in + (out - in) / 2;
-        if (Inside(plan, rowTerms, middle))
+        if (Inside(plan, rowTerms, middle, bound))
             in = middle;
         else
             out = middle;
@@ -197,31 +239,48 @@ int32_t LastInside(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32
 /* This row's span of a planned ring; false when no column is inside. */
 bool FindSpan(RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t* first, int32_t* last)
 {
+    const double bound = plan->inside;
     if (!rowTerms->rotated) {
-        if (!Inside(plan, rowTerms, plan->nearest))
+        if (!Inside(plan, rowTerms, plan->nearest, bound))
             return false;
-        *first = FirstInside(plan, rowTerms, 0, plan->nearest, plan->lastFirst);
-        *last = LastInside(plan, rowTerms, plan->nearest, plan->columns - 1, plan->lastLast);
+        *first = FirstInside(plan, rowTerms, bound, 0, plan->nearest, plan->lastFirst);
+        *last = LastInside(plan, rowTerms, bound, plan->nearest, plan->columns - 1, plan->lastLast);
         plan->lastFirst = *first;
         plan->lastLast = *last;
         return true;
     }
     int32_t n = 0;
-    while (n < plan->columns && !Inside(plan, rowTerms, n))
+    while (n < plan->columns && !Inside(plan, rowTerms, n, bound))
         ++n;
     if (n == plan->columns)
         return false;
     int32_t m = plan->columns - 1;
-    while (!Inside(plan, rowTerms, m))
+    while (!Inside(plan, rowTerms, m, bound))
         --m;
     *first = n;
     *last = m;
     return true;
 }
 
+/* The round path's run of columns on the flat steps, inside the span
+   [first, last] and around the nearest column (the flat steps are the
+   ramp's first, so they form the middle of the span); false when there is
+   none on this row. */
+bool FindFlatSpan(RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t* first, int32_t* last)
+{
+    const double bound = plan->flatInside;
+    if (rowTerms->rotated || plan->flatSteps <= 0 || !Inside(plan, rowTerms, plan->nearest, bound))
+        return false;
+    *first = FirstInside(plan, rowTerms, bound, *first, plan->nearest, plan->lastFlatFirst);
+    *last = LastInside(plan, rowTerms, bound, plan->nearest, *last, plan->lastFlatLast);
+    plan->lastFlatFirst = *first;
+    plan->lastFlatLast = *last;
+    return true;
+}
+
 template <int Depth>
 void PaintPlannedRings(RingPlan* thePlan, PluginDataRec* theData, const L_Rect* curRect, int32_t y,
-                       RingSpanProc paintSpan)
+                       const RingKernels* kernels)
 {
     constexpr int pixelSize = Depth == 48 ? kPixelSize48 : kPixelSize32;
     const GlintwaveBuffer* theBuffer = &theData->flarePixelBuffer;
@@ -263,7 +322,19 @@ void PaintPlannedRings(RingPlan* thePlan, PluginDataRec* theData, const L_Rect* 
         if (!FindSpan(plan, &rowTerms, &first, &last))
             continue;
         unsigned char* thePixel = PixelAddress(theBuffer, plan->left + first, y, pixelSize);
-        paintSpan(plan, &rowTerms, first, last, thePixel, &seed);
+        int32_t flatFirst = first, flatLast = last;
+        if (!FindFlatSpan(plan, &rowTerms, &flatFirst, &flatLast)) {
+            kernels->span(plan, &rowTerms, first, last, thePixel, &seed);
+            continue;
+        }
+        /* In column order: the ramp before the flat run, the run, the ramp
+           after it. */
+        if (flatFirst > first)
+            kernels->span(plan, &rowTerms, first, flatFirst - 1, thePixel, &seed);
+        kernels->flat(plan, flatLast - flatFirst + 1, thePixel + (size_t)(flatFirst - first) * pixelSize, &seed);
+        if (last > flatLast)
+            kernels->span(plan, &rowTerms, flatLast + 1, last,
+                          thePixel + (size_t)(flatLast + 1 - first) * pixelSize, &seed);
     }
 }
 
@@ -277,6 +348,7 @@ RingPlan* MakeRingPlan(ControlDataRec* theControl, PluginDataRec* theData)
     /* First pass: which rings are painted at all, and how many terms. */
     int64_t planned = 0;
     int64_t termCount = 0;
+    int64_t pairCount = 0;
     const RingRow row = SetupRingRow(theControl, theData);
     int32_t offset = theData->flareRingFirst;
     for (int32_t i = 0; i < count; ++i) {
@@ -292,6 +364,8 @@ RingPlan* MakeRingPlan(ControlDataRec* theControl, PluginDataRec* theData)
         planned += 1;
         if ((int64_t)columns.width <= kMaxPlannedColumns)
             termCount += (int64_t)columns.width * (row.rotated ? 2 : 1);
+        if (theRing->ringFlareColors <= kMaxPairedSteps)
+            pairCount += 3 * ((int64_t)theRing->ringFlareColors + kRampPairPadding);
     }
 
     RingPlan* thePlan = (RingPlan*)calloc(1, sizeof(RingPlan));
@@ -300,13 +374,15 @@ RingPlan* MakeRingPlan(ControlDataRec* theControl, PluginDataRec* theData)
     thePlan->row = row;
     thePlan->rings = (RingSpanPlan*)calloc((size_t)(planned > 0 ? planned : 1), sizeof(RingSpanPlan));
     thePlan->storage = (double*)malloc((size_t)(termCount > 0 ? termCount : 1) * sizeof(double));
-    if (thePlan->rings == nullptr || thePlan->storage == nullptr) {
+    thePlan->pairStorage = (uint32_t*)malloc((size_t)(pairCount > 0 ? pairCount : 1) * sizeof(uint32_t));
+    if (thePlan->rings == nullptr || thePlan->storage == nullptr || thePlan->pairStorage == nullptr) {
         FreeRingPlan(thePlan);
         return nullptr;
     }
 
     /* Second pass: the same walk, planning each ring. */
     double* terms = thePlan->storage;
+    uint32_t* pairs = thePlan->pairStorage;
     offset = theData->flareRingFirst;
     for (int32_t i = 0; i < count && thePlan->count < planned; ++i) {
         const RingElement* theRing = RingAt(theData, offset);
@@ -325,6 +401,11 @@ RingPlan* MakeRingPlan(ControlDataRec* theControl, PluginDataRec* theData)
         plan->inside = InsideBound(plan->limit);
         plan->left = columns.left;
         plan->plain = true;
+        PlanFlatSteps(plan);
+        if (theRing->ringFlareColors <= kMaxPairedSteps) {
+            PlanRampPairs(plan, pairs);
+            pairs += 3 * (size_t)plan->pairStride;
+        }
         if ((int64_t)columns.width > kMaxPlannedColumns)
             continue;
         plan->columns = (int32_t)columns.width;
@@ -341,17 +422,18 @@ void FreeRingPlan(RingPlan* thePlan)
         return;
     free(thePlan->rings);
     free(thePlan->storage);
+    free(thePlan->pairStorage);
     free(thePlan);
 }
 
 void PaintPlannedRings48(RingPlan* thePlan, PluginDataRec* theData, const L_Rect* curRect, int32_t y,
-                         RingSpanProc paintSpan)
+                         const RingKernels* kernels)
 {
-    PaintPlannedRings<48>(thePlan, theData, curRect, y, paintSpan);
+    PaintPlannedRings<48>(thePlan, theData, curRect, y, kernels);
 }
 
 void PaintPlannedRings32(RingPlan* thePlan, PluginDataRec* theData, const L_Rect* curRect, int32_t y,
-                         RingSpanProc paintSpan)
+                         const RingKernels* kernels)
 {
-    PaintPlannedRings<32>(thePlan, theData, curRect, y, paintSpan);
+    PaintPlannedRings<32>(thePlan, theData, curRect, y, kernels);
 }

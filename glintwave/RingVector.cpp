@@ -4,8 +4,8 @@
  *
  * Every step is the rule's own operation on more lanes: the squared term and
  * 0.5 + its square root in double (correctly rounded, as the scalar sqrt),
- * truncation to the 16.16 distance, the ramp entries fetched by gathers, the
- * blend in 32-bit integers (a colour times a weight stays below 2^32), and
+ * truncation to the 16.16 distance, the ramp entries looked up in a window
+ * of steps (or gathered), the blend in 32-bit integers (a colour times a weight stays below 2^32), and
  * the write: for 48 bits a saturating add, for 32 bits the dither add with
  * the seeds of eight consecutive pixels, taken from the row's seed by the
  * generator's jump constants. An octet in which not every pixel lies inside
@@ -22,6 +22,7 @@
 #include <immintrin.h>
 
 #define GLINTWAVE_AVX2 __attribute__((target("avx2")))
+#define GLINTWAVE_AVX2_INLINE __attribute__((target("avx2"), always_inline)) inline
 
 namespace {
 
@@ -72,7 +73,7 @@ constexpr InterleaveMasks MakeInterleaveMasks()
 alignas(16) constexpr InterleaveMasks kInterleave = MakeInterleaveMasks();
 
 /* The squared terms of columns n..n+7. */
-GLINTWAVE_AVX2 inline void SquaredTerms(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
+GLINTWAVE_AVX2_INLINE void SquaredTerms(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
                                         __m256d* q0, __m256d* q1)
 {
     if (!rowTerms->rotated) {
@@ -93,10 +94,55 @@ GLINTWAVE_AVX2 inline void SquaredTerms(const RingSpanPlan* plan, const RingRowT
     }
 }
 
-/* The blended ramp colours of eight 16.16 distances. */
-GLINTWAVE_AVX2 inline void BlendRamp8(const FlareColor* ramp, __m256i distance, __m256i* red, __m256i* green,
+/* One channel's blend from its pairs (entry colorIndex low, colorIndex + 1
+   high): color0 x factor0 + color1 x factor1 = (color0 << 16) + (color1 -
+   color0) x factor1, and the true sum lies below 2^32, so the same sum
+   modulo 2^32 is the same number. */
+GLINTWAVE_AVX2_INLINE __m256i BlendPairs(__m256i pairs, __m256i factor1)
+{
+    __m256i color0 = _mm256_and_si256(pairs, _mm256_set1_epi32(0xFFFF));
+    __m256i color1 = _mm256_srli_epi32(pairs, 16);
+    __m256i sum = _mm256_add_epi32(_mm256_slli_epi32(color0, 16),
+                                   _mm256_mullo_epi32(_mm256_sub_epi32(color1, color0), factor1));
+    return _mm256_srli_epi32(sum, 16);
+}
+
+/* The pairs of sixteen consecutive steps from base, looked up by index. */
+GLINTWAVE_AVX2_INLINE __m256i LookUpPairs(const uint32_t* window, __m256i index)
+{
+    __m256i low = _mm256_permutevar8x32_epi32(_mm256_loadu_si256((const __m256i*)window), index);
+    __m256i high = _mm256_permutevar8x32_epi32(_mm256_loadu_si256((const __m256i*)(window + 8)), index);
+    /* Index bit 3 moved to the sign bit chooses the upper eight. */
+    return _mm256_castps_si256(_mm256_blendv_ps(_mm256_castsi256_ps(low), _mm256_castsi256_ps(high),
+                                                _mm256_castsi256_ps(_mm256_slli_epi32(index, 28))));
+}
+
+/* The blended ramp colours of eight 16.16 distances. Neighbouring pixels lie
+   at most about one step apart on the ramp, so the eight steps usually fall
+   in a window of sixteen that two loads and permutes read; otherwise the
+   entries are gathered. */
+GLINTWAVE_AVX2_INLINE void BlendRamp8(const RingSpanPlan* plan, __m256i distance, __m256i* red, __m256i* green,
                                       __m256i* blue)
 {
+    if (plan->pairs != nullptr) {
+        __m256i colorIndex = _mm256_srli_epi32(distance, 16);
+        int32_t first = _mm256_cvtsi256_si32(colorIndex);
+        int32_t last = _mm256_extract_epi32(colorIndex, 7);
+        int32_t base = (first < last ? first : last) - 4;
+        if (base < 0)
+            base = 0;
+        __m256i index = _mm256_sub_epi32(colorIndex, _mm256_set1_epi32(base));
+        const __m256i top = _mm256_set1_epi32(kRampPairPadding - 1);
+        if (_mm256_movemask_epi8(_mm256_cmpeq_epi32(_mm256_max_epu32(index, top), top)) == -1) {
+            __m256i factor1 = _mm256_and_si256(distance, _mm256_set1_epi32(0xFFFF));
+            const uint32_t* window = plan->pairs + base;
+            *red = BlendPairs(LookUpPairs(window, index), factor1);
+            *green = BlendPairs(LookUpPairs(window + plan->pairStride, index), factor1);
+            *blue = BlendPairs(LookUpPairs(window + 2 * (size_t)plan->pairStride, index), factor1);
+            return;
+        }
+    }
+    const FlareColor* ramp = plan->ramp;
     const __m256i low16 = _mm256_set1_epi32(0xFFFF);
     __m256i colorIndex = _mm256_srli_epi32(distance, 16);
     __m256i factor1 = _mm256_and_si256(distance, low16);
@@ -123,15 +169,15 @@ GLINTWAVE_AVX2 inline void BlendRamp8(const FlareColor* ramp, __m256i distance, 
         _mm256_add_epi32(_mm256_mullo_epi32(blue0, factor0), _mm256_mullo_epi32(blue1, factor1)), 16);
 }
 
-GLINTWAVE_AVX2 inline __m128i Pack16(__m256i values)
+GLINTWAVE_AVX2_INLINE __m128i Pack16(__m256i values)
 {
     return _mm_packus_epi32(_mm256_castsi256_si128(values), _mm256_extracti128_si256(values, 1));
 }
 
-GLINTWAVE_AVX2 inline void Paint8Pixels48(unsigned char* thePixel, const FlareColor* ramp, __m256i distance)
+GLINTWAVE_AVX2_INLINE void Paint8Pixels48(unsigned char* thePixel, const RingSpanPlan* plan, __m256i distance)
 {
     __m256i red, green, blue;
-    BlendRamp8(ramp, distance, &red, &green, &blue);
+    BlendRamp8(plan, distance, &red, &green, &blue);
     __m128i r = Pack16(red), g = Pack16(green), b = Pack16(blue);
     const __m128i full = _mm_set1_epi16((short)kFullLevel);
     for (int k = 0; k < 3; ++k) {
@@ -146,17 +192,20 @@ GLINTWAVE_AVX2 inline void Paint8Pixels48(unsigned char* thePixel, const FlareCo
     }
 }
 
-GLINTWAVE_AVX2 inline __m256i DitheredAdd8(__m256i old8, __m256i value, __m256i noise)
+/* The dither add of one channel, (value + (old << 6) + noise) >> 6 capped at
+   255, is old + ((value + noise) >> 6) capped at 255, because old << 6 is a
+   whole multiple of 64: the increment, capped at 255 itself, is added to
+   the old byte with a byte-saturating add. */
+GLINTWAVE_AVX2_INLINE __m256i DitherIncrement(__m256i value, __m256i noise)
 {
-    __m256i sum = _mm256_add_epi32(_mm256_add_epi32(value, _mm256_slli_epi32(old8, 6)), noise);
-    return _mm256_min_epu32(_mm256_srli_epi32(sum, 6), _mm256_set1_epi32(255));
+    return _mm256_min_epu32(_mm256_srli_epi32(_mm256_add_epi32(value, noise), 6), _mm256_set1_epi32(255));
 }
 
-GLINTWAVE_AVX2 inline void Paint8Pixels32(unsigned char* thePixel, const FlareColor* ramp, __m256i distance,
+GLINTWAVE_AVX2_INLINE void Paint8Pixels32(unsigned char* thePixel, const RingSpanPlan* plan, __m256i distance,
                                           uint32_t* seed)
 {
     __m256i red, green, blue;
-    BlendRamp8(ramp, distance, &red, &green, &blue);
+    BlendRamp8(plan, distance, &red, &green, &blue);
     __m256i seeds = _mm256_add_epi32(
         _mm256_mullo_epi32(_mm256_set1_epi32((int)*seed),
                            _mm256_loadu_si256((const __m256i*)(kDitherJumps.multiplier + 1))),
@@ -164,16 +213,79 @@ GLINTWAVE_AVX2 inline void Paint8Pixels32(unsigned char* thePixel, const FlareCo
     *seed = *seed * kDitherJumps.multiplier[8] + kDitherJumps.increment[8];
     __m256i noise = _mm256_srli_epi32(seeds, 26);
 
-    const __m256i low8 = _mm256_set1_epi32(0xFF);
+    /* Alpha gets a zero increment and stays as it is. */
+    __m256i increment = _mm256_or_si256(
+        _mm256_or_si256(_mm256_slli_epi32(DitherIncrement(red, noise), 16),
+                        _mm256_slli_epi32(DitherIncrement(green, noise), 8)),
+        DitherIncrement(blue, noise));
     __m256i* pixels = reinterpret_cast<__m256i*>(thePixel);
-    __m256i old = _mm256_loadu_si256(pixels);
-    __m256i r = DitheredAdd8(_mm256_and_si256(_mm256_srli_epi32(old, 16), low8), red, noise);
-    __m256i g = DitheredAdd8(_mm256_and_si256(_mm256_srli_epi32(old, 8), low8), green, noise);
-    __m256i b = DitheredAdd8(_mm256_and_si256(old, low8), blue, noise);
-    __m256i alpha = _mm256_and_si256(old, _mm256_set1_epi32((int)0xFF000000u));
-    __m256i out = _mm256_or_si256(_mm256_or_si256(alpha, _mm256_slli_epi32(r, 16)),
-                                  _mm256_or_si256(_mm256_slli_epi32(g, 8), b));
-    _mm256_storeu_si256(pixels, out);
+    _mm256_storeu_si256(pixels, _mm256_adds_epu8(_mm256_loadu_si256(pixels), increment));
+}
+
+/* The seed after count more pixels: the generator's step raised to the
+   count, by squaring. */
+uint32_t AdvanceDither(uint32_t seed, int32_t count)
+{
+    uint32_t multiplier = 1103515245u, increment = 12345u;
+    for (uint32_t n = (uint32_t)count; n != 0; n >>= 1) {
+        if (n & 1u)
+            seed = seed * multiplier + increment;
+        increment = increment * multiplier + increment;
+        multiplier = multiplier * multiplier;
+    }
+    return seed;
+}
+
+GLINTWAVE_AVX2 void PaintRingFlatAVX2_48(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel)
+{
+    uint16_t pattern[24];
+    for (int j = 0; j < 8; ++j) {
+        pattern[3 * j] = (uint16_t)plan->flatRed;
+        pattern[3 * j + 1] = (uint16_t)plan->flatGreen;
+        pattern[3 * j + 2] = (uint16_t)plan->flatBlue;
+    }
+    /* Flat colours come from 16-bit entries, so they fit the lanes. */
+    const __m128i add0 = _mm_loadu_si128((const __m128i*)pattern);
+    const __m128i add1 = _mm_loadu_si128((const __m128i*)(pattern + 8));
+    const __m128i add2 = _mm_loadu_si128((const __m128i*)(pattern + 16));
+    const __m128i full = _mm_set1_epi16((short)kFullLevel);
+    int32_t n = 0;
+    for (; count - n >= 8; n += 8, thePixel += 8 * kPixelSize48) {
+        __m128i* block = reinterpret_cast<__m128i*>(thePixel);
+        _mm_storeu_si128(block, _mm_min_epu16(_mm_adds_epu16(_mm_loadu_si128(block), add0), full));
+        _mm_storeu_si128(block + 1, _mm_min_epu16(_mm_adds_epu16(_mm_loadu_si128(block + 1), add1), full));
+        _mm_storeu_si128(block + 2, _mm_min_epu16(_mm_adds_epu16(_mm_loadu_si128(block + 2), add2), full));
+    }
+    PaintRingFlatScalar<48>(plan, count - n, thePixel, nullptr);
+}
+
+GLINTWAVE_AVX2 void PaintRingFlatAVX2_32(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel,
+                                         uint32_t* seed)
+{
+    /* Black adds less than one level even with the most noise: the pixels
+       stay as they are and only the dither moves on. */
+    if ((plan->flatRed | plan->flatGreen | plan->flatBlue) == 0) {
+        *seed = AdvanceDither(*seed, count);
+        return;
+    }
+    const __m256i red = _mm256_set1_epi32((int)plan->flatRed);
+    const __m256i green = _mm256_set1_epi32((int)plan->flatGreen);
+    const __m256i blue = _mm256_set1_epi32((int)plan->flatBlue);
+    const __m256i multipliers = _mm256_loadu_si256((const __m256i*)(kDitherJumps.multiplier + 1));
+    const __m256i increments = _mm256_loadu_si256((const __m256i*)(kDitherJumps.increment + 1));
+    int32_t n = 0;
+    for (; count - n >= 8; n += 8, thePixel += 8 * kPixelSize32) {
+        __m256i seeds = _mm256_add_epi32(_mm256_mullo_epi32(_mm256_set1_epi32((int)*seed), multipliers), increments);
+        *seed = *seed * kDitherJumps.multiplier[8] + kDitherJumps.increment[8];
+        __m256i noise = _mm256_srli_epi32(seeds, 26);
+        __m256i increment = _mm256_or_si256(
+            _mm256_or_si256(_mm256_slli_epi32(DitherIncrement(red, noise), 16),
+                            _mm256_slli_epi32(DitherIncrement(green, noise), 8)),
+            DitherIncrement(blue, noise));
+        __m256i* pixels = reinterpret_cast<__m256i*>(thePixel);
+        _mm256_storeu_si256(pixels, _mm256_adds_epu8(_mm256_loadu_si256(pixels), increment));
+    }
+    PaintRingFlatScalar<32>(plan, count - n, thePixel, seed);
 }
 
 template <int Depth>
@@ -195,9 +307,9 @@ GLINTWAVE_AVX2 void PaintRingSpanAVX2(const RingSpanPlan* plan, const RingRowTer
             if (inside == 0xFF) {
                 __m256i distance = _mm256_set_m128i(_mm256_cvttpd_epi32(d1), _mm256_cvttpd_epi32(d0));
                 if constexpr (Depth == 48)
-                    Paint8Pixels48(thePixel, plan->ramp, distance);
+                    Paint8Pixels48(thePixel, plan, distance);
                 else
-                    Paint8Pixels32(thePixel, plan->ramp, distance, seed);
+                    Paint8Pixels32(thePixel, plan, distance, seed);
             } else if (inside != 0) {
                 double d[8];
                 _mm256_storeu_pd(d, d0);
@@ -219,6 +331,17 @@ bool ProcessorHasAVX2(void)
     return __builtin_cpu_supports("avx2");
 }
 
+void PaintRingFlatVector48(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel, uint32_t* seed)
+{
+    (void)seed;
+    PaintRingFlatAVX2_48(plan, count, thePixel);
+}
+
+void PaintRingFlatVector32(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel, uint32_t* seed)
+{
+    PaintRingFlatAVX2_32(plan, count, thePixel, seed);
+}
+
 void PaintRingSpanVector48(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
                            unsigned char* thePixel, uint32_t* seed)
 {
@@ -232,6 +355,16 @@ void PaintRingSpanVector32(const RingSpanPlan* plan, const RingRowTerms* rowTerm
 }
 
 #else /* no AVX2 on this architecture: the portable kernels stand in */
+
+void PaintRingFlatVector48(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel, uint32_t* seed)
+{
+    PaintRingFlatScalar<48>(plan, count, thePixel, seed);
+}
+
+void PaintRingFlatVector32(const RingSpanPlan* plan, int32_t count, unsigned char* thePixel, uint32_t* seed)
+{
+    PaintRingFlatScalar<32>(plan, count, thePixel, seed);
+}
 
 bool ProcessorHasAVX2(void)
 {
