@@ -124,8 +124,9 @@ typedef struct RingSpanPlan {
     const double* terms;   /* round: dx² per column; turned: X·a per column,
                               then X·e per column */
     const uint32_t* pairs; /* per channel (red, green, blue) and ramp step i:
-                              entry i in the low half, entry i + 1 in the high
-                              half; kRampPairPadding zeros after the last */
+                              entry i in the low half, entry i + 1 - entry i
+                              in the high half (signed); kRampPairPadding
+                              zeros after the last; null when not laid out */
     int32_t pairStride;    /* entries from one channel's pairs to the next */
     int32_t flatSteps;     /* round path: the first steps whose entries all
                               equal the first (0: none) */

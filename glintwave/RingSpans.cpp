@@ -61,19 +61,28 @@ double InsideBound(double limit)
    do not fit the vector kernels' 32-bit integers anyway. */
 constexpr int32_t kMaxPairedSteps = 32768;
 
-/* Lays the ramp out as the vector kernels read it: per channel, each step's
-   two entries side by side. */
+/* Entries up to this level keep the step from one entry to the next within
+   16 signed bits. */
+constexpr uint16_t kMaxPairedLevel = 32767;
+
+/* Lays the ramp out as the vector kernels read it: per channel and step,
+   the step's first entry in the low half and the difference to the next
+   entry (signed) in the high half. A ramp with entries above
+   kMaxPairedLevel gets no pairs (the kernels then read the entries). */
 void PlanRampPairs(RingSpanPlan* plan, uint32_t* pairs)
 {
     const int32_t steps = plan->ring->ringFlareColors;
     const FlareColor* ramp = plan->ramp;
+    for (int32_t i = 0; i <= steps; ++i)
+        if (ramp[i].red > kMaxPairedLevel || ramp[i].green > kMaxPairedLevel || ramp[i].blue > kMaxPairedLevel)
+            return;
     plan->pairs = pairs;
     plan->pairStride = steps + kRampPairPadding;
     memset(pairs, 0, 3 * (size_t)plan->pairStride * sizeof(uint32_t));
     for (int32_t i = 0; i < steps; ++i) {
-        pairs[i] = ramp[i].red | (uint32_t)ramp[i + 1].red << 16;
-        pairs[plan->pairStride + i] = ramp[i].green | (uint32_t)ramp[i + 1].green << 16;
-        pairs[2 * plan->pairStride + i] = ramp[i].blue | (uint32_t)ramp[i + 1].blue << 16;
+        pairs[i] = ramp[i].red | (uint32_t)(ramp[i + 1].red - ramp[i].red) << 16;
+        pairs[plan->pairStride + i] = ramp[i].green | (uint32_t)(ramp[i + 1].green - ramp[i].green) << 16;
+        pairs[2 * plan->pairStride + i] = ramp[i].blue | (uint32_t)(ramp[i + 1].blue - ramp[i].blue) << 16;
     }
 }
 
@@ -404,7 +413,7 @@ RingPlan* MakeRingPlan(ControlDataRec* theControl, PluginDataRec* theData)
         PlanFlatSteps(plan);
         if (theRing->ringFlareColors <= kMaxPairedSteps) {
             PlanRampPairs(plan, pairs);
-            pairs += 3 * (size_t)plan->pairStride;
+            pairs += 3 * ((size_t)theRing->ringFlareColors + kRampPairPadding);
         }
         if ((int64_t)columns.width > kMaxPlannedColumns)
             continue;

@@ -94,16 +94,14 @@ GLINTWAVE_AVX2_INLINE void SquaredTerms(const RingSpanPlan* plan, const RingRowT
     }
 }
 
-/* One channel's blend from its pairs (entry colorIndex low, colorIndex + 1
-   high): color0 x factor0 + color1 x factor1 = (color0 << 16) + (color1 -
-   color0) x factor1, and the true sum lies below 2^32, so the same sum
-   modulo 2^32 is the same number. */
+/* One channel's blend from its pairs (entry colorIndex low, the signed
+   difference to entry colorIndex + 1 high): color0 x factor0 + color1 x
+   factor1 = (color0 << 16) + (color1 - color0) x factor1, and the true sum
+   lies below 2^32, so the same sum modulo 2^32 is the same number. */
 GLINTWAVE_AVX2_INLINE __m256i BlendPairs(__m256i pairs, __m256i factor1)
 {
-    __m256i color0 = _mm256_and_si256(pairs, _mm256_set1_epi32(0xFFFF));
-    __m256i color1 = _mm256_srli_epi32(pairs, 16);
-    __m256i sum = _mm256_add_epi32(_mm256_slli_epi32(color0, 16),
-                                   _mm256_mullo_epi32(_mm256_sub_epi32(color1, color0), factor1));
+    __m256i sum = _mm256_add_epi32(_mm256_slli_epi32(pairs, 16),
+                                   _mm256_mullo_epi32(_mm256_srai_epi32(pairs, 16), factor1));
     return _mm256_srli_epi32(sum, 16);
 }
 
@@ -288,22 +286,41 @@ GLINTWAVE_AVX2 void PaintRingFlatAVX2_32(const RingSpanPlan* plan, int32_t count
     PaintRingFlatScalar<32>(plan, count - n, thePixel, seed);
 }
 
-template <int Depth>
+/* AllInside: every column of the span is known to lie inside the ramp (the
+   round path's spans are exact), so the test is left out. */
+/* 0.5 + the square root of the squared terms of columns n..n+7. */
+GLINTWAVE_AVX2_INLINE void Distances(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n, __m256d* d0,
+                                     __m256d* d1)
+{
+    const __m256d half = _mm256_set1_pd(0.5);
+    __m256d q0, q1;
+    SquaredTerms(plan, rowTerms, n, &q0, &q1);
+    *d0 = _mm256_add_pd(half, _mm256_sqrt_pd(q0));
+    *d1 = _mm256_add_pd(half, _mm256_sqrt_pd(q1));
+}
+
+/* AllInside: every column of the span is known to lie inside the ramp (the
+   round path's spans are exact), so the test is left out. The distances of
+   the next octet are taken before the current one is painted, so that the
+   square roots overlap the painting. */
+template <int Depth, bool AllInside>
 GLINTWAVE_AVX2 void PaintRingSpanAVX2(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first,
                                       int32_t last, unsigned char* thePixel, uint32_t* seed)
 {
     constexpr int pixelSize = Depth == 48 ? kPixelSize48 : kPixelSize32;
     int32_t n = first;
-    if (plan->limit <= kVectorDistanceRange) {
-        const __m256d half = _mm256_set1_pd(0.5);
+    if (plan->limit <= kVectorDistanceRange && (int64_t)last - n >= 7) {
         const __m256d limit = _mm256_set1_pd(plan->limit);
-        for (; (int64_t)last - n >= 7; n += 8, thePixel += 8 * pixelSize) {
-            __m256d q0, q1;
-            SquaredTerms(plan, rowTerms, n, &q0, &q1);
-            __m256d d0 = _mm256_add_pd(half, _mm256_sqrt_pd(q0));
-            __m256d d1 = _mm256_add_pd(half, _mm256_sqrt_pd(q1));
-            int inside = _mm256_movemask_pd(_mm256_cmp_pd(d0, limit, _CMP_LT_OQ)) |
-                         (_mm256_movemask_pd(_mm256_cmp_pd(d1, limit, _CMP_LT_OQ)) << 4);
+        __m256d next0, next1;
+        Distances(plan, rowTerms, n, &next0, &next1);
+        for (;;) {
+            __m256d d0 = next0, d1 = next1;
+            bool more = (int64_t)last - n >= 15;
+            if (more)
+                Distances(plan, rowTerms, n + 8, &next0, &next1);
+            int inside = AllInside ? 0xFF
+                                   : _mm256_movemask_pd(_mm256_cmp_pd(d0, limit, _CMP_LT_OQ)) |
+                                         (_mm256_movemask_pd(_mm256_cmp_pd(d1, limit, _CMP_LT_OQ)) << 4);
             if (inside == 0xFF) {
                 __m256i distance = _mm256_set_m128i(_mm256_cvttpd_epi32(d1), _mm256_cvttpd_epi32(d0));
                 if constexpr (Depth == 48)
@@ -318,6 +335,10 @@ GLINTWAVE_AVX2 void PaintRingSpanAVX2(const RingSpanPlan* plan, const RingRowTer
                     if (d[j] < plan->limit)
                         PaintRingPixel<Depth>(thePixel + j * pixelSize, plan->ramp, TruncULong(d[j]), seed);
             }
+            n += 8;
+            thePixel += 8 * pixelSize;
+            if (!more)
+                break;
         }
     }
     PaintRingSpanScalar<Depth>(plan, rowTerms, n, last, thePixel, seed);
@@ -345,13 +366,19 @@ void PaintRingFlatVector32(const RingSpanPlan* plan, int32_t count, unsigned cha
 void PaintRingSpanVector48(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
                            unsigned char* thePixel, uint32_t* seed)
 {
-    PaintRingSpanAVX2<48>(plan, rowTerms, first, last, thePixel, seed);
+    if (rowTerms->rotated)
+        PaintRingSpanAVX2<48, false>(plan, rowTerms, first, last, thePixel, seed);
+    else
+        PaintRingSpanAVX2<48, true>(plan, rowTerms, first, last, thePixel, seed);
 }
 
 void PaintRingSpanVector32(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first, int32_t last,
                            unsigned char* thePixel, uint32_t* seed)
 {
-    PaintRingSpanAVX2<32>(plan, rowTerms, first, last, thePixel, seed);
+    if (rowTerms->rotated)
+        PaintRingSpanAVX2<32, false>(plan, rowTerms, first, last, thePixel, seed);
+    else
+        PaintRingSpanAVX2<32, true>(plan, rowTerms, first, last, thePixel, seed);
 }
 
 #else /* no AVX2 on this architecture: the portable kernels stand in */
