@@ -115,30 +115,59 @@ GLINTWAVE_AVX2_INLINE __m256i LookUpPairs(const uint32_t* window, __m256i index)
                                                 _mm256_castsi256_ps(_mm256_slli_epi32(index, 28))));
 }
 
-/* The blended ramp colours of eight 16.16 distances. Neighbouring pixels lie
-   at most about one step apart on the ramp, so the eight steps usually fall
-   in a window of sixteen that two loads and permutes read; otherwise the
-   entries are gathered. */
-GLINTWAVE_AVX2_INLINE void BlendRamp8(const RingSpanPlan* plan, __m256i distance, __m256i* red, __m256i* green,
-                                      __m256i* blue)
+/* Eight pixels measured: their distances, and where their ramp steps lie.
+   Neighbouring pixels lie at most about one step apart on the ramp, so the
+   eight steps usually fall in a window of sixteen from base, which two
+   loads and permutes read (windowed); otherwise the entries are gathered. */
+struct Octet {
+    __m256d d0, d1;      /* 0.5 + square root, in double */
+    __m256i distance;    /* 16.16, when every pixel is inside the ramp */
+    __m256i index;       /* step - base */
+    int32_t base;
+    bool windowed;
+};
+
+/* 0.5 + the square root of the squared terms of columns n..n+7, and, when
+   all lie inside the ramp (the caller checks d0 and d1 when it does not
+   know), the rest of the octet. */
+GLINTWAVE_AVX2_INLINE void MeasureOctet(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
+                                        Octet* octet)
 {
+    const __m256d half = _mm256_set1_pd(0.5);
+    __m256d q0, q1;
+    SquaredTerms(plan, rowTerms, n, &q0, &q1);
+    octet->d0 = _mm256_add_pd(half, _mm256_sqrt_pd(q0));
+    octet->d1 = _mm256_add_pd(half, _mm256_sqrt_pd(q1));
+    octet->distance = _mm256_set_m128i(_mm256_cvttpd_epi32(octet->d1), _mm256_cvttpd_epi32(octet->d0));
+    octet->windowed = false;
     if (plan->pairs != nullptr) {
-        __m256i colorIndex = _mm256_srli_epi32(distance, 16);
+        __m256i colorIndex = _mm256_srli_epi32(octet->distance, 16);
         int32_t first = _mm256_cvtsi256_si32(colorIndex);
         int32_t last = _mm256_extract_epi32(colorIndex, 7);
         int32_t base = (first < last ? first : last) - 4;
         if (base < 0)
             base = 0;
-        __m256i index = _mm256_sub_epi32(colorIndex, _mm256_set1_epi32(base));
+        octet->base = base;
+        octet->index = _mm256_sub_epi32(colorIndex, _mm256_set1_epi32(base));
         const __m256i top = _mm256_set1_epi32(kRampPairPadding - 1);
-        if (_mm256_movemask_epi8(_mm256_cmpeq_epi32(_mm256_max_epu32(index, top), top)) == -1) {
-            __m256i factor1 = _mm256_and_si256(distance, _mm256_set1_epi32(0xFFFF));
-            const uint32_t* window = plan->pairs + base;
-            *red = BlendPairs(LookUpPairs(window, index), factor1);
-            *green = BlendPairs(LookUpPairs(window + plan->pairStride, index), factor1);
-            *blue = BlendPairs(LookUpPairs(window + 2 * (size_t)plan->pairStride, index), factor1);
-            return;
-        }
+        octet->windowed =
+            _mm256_movemask_epi8(_mm256_cmpeq_epi32(_mm256_max_epu32(octet->index, top), top)) == -1;
+    }
+}
+
+/* The blended ramp colours of a measured octet whose pixels all lie inside
+   the ramp. */
+GLINTWAVE_AVX2_INLINE void BlendRamp8(const RingSpanPlan* plan, const Octet* octet, __m256i* red, __m256i* green,
+                                      __m256i* blue)
+{
+    __m256i distance = octet->distance;
+    if (octet->windowed) {
+        __m256i factor1 = _mm256_and_si256(distance, _mm256_set1_epi32(0xFFFF));
+        const uint32_t* window = plan->pairs + octet->base;
+        *red = BlendPairs(LookUpPairs(window, octet->index), factor1);
+        *green = BlendPairs(LookUpPairs(window + plan->pairStride, octet->index), factor1);
+        *blue = BlendPairs(LookUpPairs(window + 2 * (size_t)plan->pairStride, octet->index), factor1);
+        return;
     }
     const FlareColor* ramp = plan->ramp;
     const __m256i low16 = _mm256_set1_epi32(0xFFFF);
@@ -172,10 +201,10 @@ GLINTWAVE_AVX2_INLINE __m128i Pack16(__m256i values)
     return _mm_packus_epi32(_mm256_castsi256_si128(values), _mm256_extracti128_si256(values, 1));
 }
 
-GLINTWAVE_AVX2_INLINE void Paint8Pixels48(unsigned char* thePixel, const RingSpanPlan* plan, __m256i distance)
+GLINTWAVE_AVX2_INLINE void Paint8Pixels48(unsigned char* thePixel, const RingSpanPlan* plan, const Octet* octet)
 {
     __m256i red, green, blue;
-    BlendRamp8(plan, distance, &red, &green, &blue);
+    BlendRamp8(plan, octet, &red, &green, &blue);
     __m128i r = Pack16(red), g = Pack16(green), b = Pack16(blue);
     const __m128i full = _mm_set1_epi16((short)kFullLevel);
     for (int k = 0; k < 3; ++k) {
@@ -199,11 +228,11 @@ GLINTWAVE_AVX2_INLINE __m256i DitherIncrement(__m256i value, __m256i noise)
     return _mm256_min_epu32(_mm256_srli_epi32(_mm256_add_epi32(value, noise), 6), _mm256_set1_epi32(255));
 }
 
-GLINTWAVE_AVX2_INLINE void Paint8Pixels32(unsigned char* thePixel, const RingSpanPlan* plan, __m256i distance,
+GLINTWAVE_AVX2_INLINE void Paint8Pixels32(unsigned char* thePixel, const RingSpanPlan* plan, const Octet* octet,
                                           uint32_t* seed)
 {
     __m256i red, green, blue;
-    BlendRamp8(plan, distance, &red, &green, &blue);
+    BlendRamp8(plan, octet, &red, &green, &blue);
     __m256i seeds = _mm256_add_epi32(
         _mm256_mullo_epi32(_mm256_set1_epi32((int)*seed),
                            _mm256_loadu_si256((const __m256i*)(kDitherJumps.multiplier + 1))),
@@ -288,21 +317,10 @@ GLINTWAVE_AVX2 void PaintRingFlatAVX2_32(const RingSpanPlan* plan, int32_t count
 
 /* AllInside: every column of the span is known to lie inside the ramp (the
    round path's spans are exact), so the test is left out. */
-/* 0.5 + the square root of the squared terms of columns n..n+7. */
-GLINTWAVE_AVX2_INLINE void Distances(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n, __m256d* d0,
-                                     __m256d* d1)
-{
-    const __m256d half = _mm256_set1_pd(0.5);
-    __m256d q0, q1;
-    SquaredTerms(plan, rowTerms, n, &q0, &q1);
-    *d0 = _mm256_add_pd(half, _mm256_sqrt_pd(q0));
-    *d1 = _mm256_add_pd(half, _mm256_sqrt_pd(q1));
-}
-
 /* AllInside: every column of the span is known to lie inside the ramp (the
-   round path's spans are exact), so the test is left out. The distances of
-   the next octet are taken before the current one is painted, so that the
-   square roots overlap the painting. */
+   round path's spans are exact), so the test is left out. The next octet is
+   measured before the current one is painted, so that its square roots and
+   conversions overlap the painting. */
 template <int Depth, bool AllInside>
 GLINTWAVE_AVX2 void PaintRingSpanAVX2(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t first,
                                       int32_t last, unsigned char* thePixel, uint32_t* seed)
@@ -311,26 +329,25 @@ GLINTWAVE_AVX2 void PaintRingSpanAVX2(const RingSpanPlan* plan, const RingRowTer
     int32_t n = first;
     if (plan->limit <= kVectorDistanceRange && (int64_t)last - n >= 7) {
         const __m256d limit = _mm256_set1_pd(plan->limit);
-        __m256d next0, next1;
-        Distances(plan, rowTerms, n, &next0, &next1);
+        Octet next;
+        MeasureOctet(plan, rowTerms, n, &next);
         for (;;) {
-            __m256d d0 = next0, d1 = next1;
+            const Octet octet = next;
             bool more = (int64_t)last - n >= 15;
             if (more)
-                Distances(plan, rowTerms, n + 8, &next0, &next1);
+                MeasureOctet(plan, rowTerms, n + 8, &next);
             int inside = AllInside ? 0xFF
-                                   : _mm256_movemask_pd(_mm256_cmp_pd(d0, limit, _CMP_LT_OQ)) |
-                                         (_mm256_movemask_pd(_mm256_cmp_pd(d1, limit, _CMP_LT_OQ)) << 4);
+                                   : _mm256_movemask_pd(_mm256_cmp_pd(octet.d0, limit, _CMP_LT_OQ)) |
+                                         (_mm256_movemask_pd(_mm256_cmp_pd(octet.d1, limit, _CMP_LT_OQ)) << 4);
             if (inside == 0xFF) {
-                __m256i distance = _mm256_set_m128i(_mm256_cvttpd_epi32(d1), _mm256_cvttpd_epi32(d0));
                 if constexpr (Depth == 48)
-                    Paint8Pixels48(thePixel, plan, distance);
+                    Paint8Pixels48(thePixel, plan, &octet);
                 else
-                    Paint8Pixels32(thePixel, plan, distance, seed);
+                    Paint8Pixels32(thePixel, plan, &octet, seed);
             } else if (inside != 0) {
                 double d[8];
-                _mm256_storeu_pd(d, d0);
-                _mm256_storeu_pd(d + 4, d1);
+                _mm256_storeu_pd(d, octet.d0);
+                _mm256_storeu_pd(d + 4, octet.d1);
                 for (int j = 0; j < 8; ++j)
                     if (d[j] < plan->limit)
                         PaintRingPixel<Depth>(thePixel + j * pixelSize, plan->ramp, TruncULong(d[j]), seed);
