@@ -125,6 +125,7 @@ struct Octet {
     __m256i index;       /* step - base */
     int32_t base;
     bool windowed;
+    bool narrow;         /* the steps fall in the first eight of the window */
 };
 
 /* 0.5 + the square root of the squared terms of columns n..n+7, and, when
@@ -144,14 +145,22 @@ GLINTWAVE_AVX2_INLINE void MeasureOctet(const RingSpanPlan* plan, const RingRowT
         __m256i colorIndex = _mm256_srli_epi32(octet->distance, 16);
         int32_t first = _mm256_cvtsi256_si32(colorIndex);
         int32_t last = _mm256_extract_epi32(colorIndex, 7);
-        int32_t base = (first < last ? first : last) - 4;
-        if (base < 0)
-            base = 0;
+        /* Steps that run one way start the window at the lower end; steps
+           that turn (at the ring's centre column) may dip below both ends
+           by up to four. */
+        int32_t base = first < last ? first : last;
+        __m256i index = _mm256_sub_epi32(colorIndex, _mm256_set1_epi32(base));
+        const __m256i seven = _mm256_set1_epi32(7);
+        octet->narrow = _mm256_movemask_epi8(_mm256_cmpeq_epi32(_mm256_max_epu32(index, seven), seven)) == -1;
+        if (!octet->narrow) {
+            base = base >= 4 ? base - 4 : 0;
+            index = _mm256_sub_epi32(colorIndex, _mm256_set1_epi32(base));
+        }
         octet->base = base;
-        octet->index = _mm256_sub_epi32(colorIndex, _mm256_set1_epi32(base));
+        octet->index = index;
         const __m256i top = _mm256_set1_epi32(kRampPairPadding - 1);
         octet->windowed =
-            _mm256_movemask_epi8(_mm256_cmpeq_epi32(_mm256_max_epu32(octet->index, top), top)) == -1;
+            octet->narrow || _mm256_movemask_epi8(_mm256_cmpeq_epi32(_mm256_max_epu32(index, top), top)) == -1;
     }
 }
 
@@ -164,6 +173,18 @@ GLINTWAVE_AVX2_INLINE void BlendRamp8(const RingSpanPlan* plan, const Octet* oct
     if (octet->windowed) {
         __m256i factor1 = _mm256_and_si256(distance, _mm256_set1_epi32(0xFFFF));
         const uint32_t* window = plan->pairs + octet->base;
+        if (octet->narrow) {
+            *red = BlendPairs(_mm256_permutevar8x32_epi32(_mm256_loadu_si256((const __m256i*)window), octet->index),
+                              factor1);
+            *green = BlendPairs(_mm256_permutevar8x32_epi32(
+                                    _mm256_loadu_si256((const __m256i*)(window + plan->pairStride)), octet->index),
+                                factor1);
+            *blue = BlendPairs(_mm256_permutevar8x32_epi32(
+                                   _mm256_loadu_si256((const __m256i*)(window + 2 * (size_t)plan->pairStride)),
+                                   octet->index),
+                               factor1);
+            return;
+        }
         *red = BlendPairs(LookUpPairs(window, octet->index), factor1);
         *green = BlendPairs(LookUpPairs(window + plan->pairStride, octet->index), factor1);
         *blue = BlendPairs(LookUpPairs(window + 2 * (size_t)plan->pairStride, octet->index), factor1);
