@@ -9,6 +9,10 @@
  * and the host's cancel stops the painting before the next row; the preview
  * paints without reports.
  *
+ * The rings are painted by the span painters (RingSpans.cpp) unless the
+ * plain per-pixel rule is asked for (PaintPath.h): the same bytes, with the
+ * frame's rings planned once before the first row.
+ *
  * The host owns the buffer, and its base, row bytes and rectangle are taken
  * as given. A buffer without a base address is the one case guarded here:
  * nothing is painted or reported and the result is 0.
