@@ -15,6 +15,8 @@
  * Only these functions are compiled for AVX2; the build stays baseline and
  * they are called only when the processor reports AVX2.
  */
+#include <string.h>
+
 #include "RingPaint.h"
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -72,23 +74,36 @@ constexpr InterleaveMasks MakeInterleaveMasks()
 
 alignas(16) constexpr InterleaveMasks kInterleave = MakeInterleaveMasks();
 
-/* The squared terms of columns n..n+7. */
+/* Loads four doubles, or only the lanes of mask (the others read as zero,
+   and nothing past them is touched). */
+template <bool Masked>
+GLINTWAVE_AVX2_INLINE __m256d LoadTerms(const double* from, __m256i mask)
+{
+    if constexpr (Masked)
+        return _mm256_maskload_pd(from, mask);
+    else
+        return _mm256_loadu_pd(from);
+}
+
+/* The squared terms of columns n..n+7 (with Masked, of the lanes in mask0
+   and mask1 only). */
+template <bool Masked>
 GLINTWAVE_AVX2_INLINE void SquaredTerms(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
-                                        __m256d* q0, __m256d* q1)
+                                        __m256i mask0, __m256i mask1, __m256d* q0, __m256d* q1)
 {
     if (!rowTerms->rotated) {
         const __m256d dy = _mm256_set1_pd(rowTerms->dySquared);
-        *q0 = _mm256_add_pd(_mm256_loadu_pd(plan->terms + n), dy);
-        *q1 = _mm256_add_pd(_mm256_loadu_pd(plan->terms + n + 4), dy);
+        *q0 = _mm256_add_pd(LoadTerms<Masked>(plan->terms + n, mask0), dy);
+        *q1 = _mm256_add_pd(LoadTerms<Masked>(plan->terms + n + 4, mask1), dy);
     } else {
         const double* xa = plan->terms + n;
         const double* xe = plan->terms + plan->columns + n;
         const __m256d yb = _mm256_set1_pd(rowTerms->Yb);
         const __m256d yf = _mm256_set1_pd(rowTerms->Yf);
-        __m256d u0 = _mm256_add_pd(yb, _mm256_loadu_pd(xa));
-        __m256d u1 = _mm256_add_pd(yb, _mm256_loadu_pd(xa + 4));
-        __m256d v0 = _mm256_add_pd(yf, _mm256_loadu_pd(xe));
-        __m256d v1 = _mm256_add_pd(yf, _mm256_loadu_pd(xe + 4));
+        __m256d u0 = _mm256_add_pd(yb, LoadTerms<Masked>(xa, mask0));
+        __m256d u1 = _mm256_add_pd(yb, LoadTerms<Masked>(xa + 4, mask1));
+        __m256d v0 = _mm256_add_pd(yf, LoadTerms<Masked>(xe, mask0));
+        __m256d v1 = _mm256_add_pd(yf, LoadTerms<Masked>(xe + 4, mask1));
         *q0 = _mm256_add_pd(_mm256_mul_pd(v0, v0), _mm256_mul_pd(u0, u0));
         *q1 = _mm256_add_pd(_mm256_mul_pd(v1, v1), _mm256_mul_pd(u1, u1));
     }
@@ -128,19 +143,15 @@ struct Octet {
     bool narrow;         /* the steps fall in the first eight of the window */
 };
 
-/* 0.5 + the square root of the squared terms of columns n..n+7, and, when
-   all lie inside the ramp (the caller checks d0 and d1 when it does not
-   know), the rest of the octet. */
-GLINTWAVE_AVX2_INLINE void MeasureOctet(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
-                                        Octet* octet)
+/* The rest of an octet whose d0 and d1 are known: the 16.16 distances and
+   the window of steps (meaningful when every pixel is inside the ramp; the
+   caller checks d0 and d1 when it does not know). */
+GLINTWAVE_AVX2_INLINE void FinishOctet(const RingSpanPlan* plan, Octet* octet)
 {
-    const __m256d half = _mm256_set1_pd(0.5);
-    __m256d q0, q1;
-    SquaredTerms(plan, rowTerms, n, &q0, &q1);
-    octet->d0 = _mm256_add_pd(half, _mm256_sqrt_pd(q0));
-    octet->d1 = _mm256_add_pd(half, _mm256_sqrt_pd(q1));
     octet->distance = _mm256_set_m128i(_mm256_cvttpd_epi32(octet->d1), _mm256_cvttpd_epi32(octet->d0));
-    octet->windowed = false;
+    octet->windowed = octet->narrow = false;
+    octet->base = 0;
+    octet->index = _mm256_setzero_si256();
     if (plan->pairs != nullptr) {
         __m256i colorIndex = _mm256_srli_epi32(octet->distance, 16);
         int32_t first = _mm256_cvtsi256_si32(colorIndex);
@@ -162,6 +173,38 @@ GLINTWAVE_AVX2_INLINE void MeasureOctet(const RingSpanPlan* plan, const RingRowT
         octet->windowed =
             octet->narrow || _mm256_movemask_epi8(_mm256_cmpeq_epi32(_mm256_max_epu32(index, top), top)) == -1;
     }
+}
+
+/* Measures columns n..n+7: 0.5 + the square root of their squared terms. */
+GLINTWAVE_AVX2_INLINE void MeasureOctet(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
+                                        Octet* octet)
+{
+    const __m256d half = _mm256_set1_pd(0.5);
+    __m256d q0, q1;
+    const __m256i all = _mm256_set1_epi32(-1);
+    SquaredTerms<false>(plan, rowTerms, n, all, all, &q0, &q1);
+    octet->d0 = _mm256_add_pd(half, _mm256_sqrt_pd(q0));
+    octet->d1 = _mm256_add_pd(half, _mm256_sqrt_pd(q1));
+    FinishOctet(plan, octet);
+}
+
+/* Measures the count (1 to 7) columns from n; the lanes past them repeat
+   the first column, so that every lane holds a distance of this span. */
+GLINTWAVE_AVX2_INLINE void MeasurePartialOctet(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
+                                               int32_t count, Octet* octet)
+{
+    const __m256d half = _mm256_set1_pd(0.5);
+    const __m256i lanes = _mm256_set1_epi64x(count);
+    __m256i mask0 = _mm256_cmpgt_epi64(lanes, _mm256_setr_epi64x(0, 1, 2, 3));
+    __m256i mask1 = _mm256_cmpgt_epi64(lanes, _mm256_setr_epi64x(4, 5, 6, 7));
+    __m256d q0, q1;
+    SquaredTerms<true>(plan, rowTerms, n, mask0, mask1, &q0, &q1);
+    __m256d d0 = _mm256_add_pd(half, _mm256_sqrt_pd(q0));
+    __m256d d1 = _mm256_add_pd(half, _mm256_sqrt_pd(q1));
+    __m256d firstColumn = _mm256_permute4x64_pd(d0, 0);
+    octet->d0 = _mm256_blendv_pd(firstColumn, d0, _mm256_castsi256_pd(mask0));
+    octet->d1 = _mm256_blendv_pd(firstColumn, d1, _mm256_castsi256_pd(mask1));
+    FinishOctet(plan, octet);
 }
 
 /* The blended ramp colours of a measured octet whose pixels all lie inside
@@ -336,8 +379,46 @@ GLINTWAVE_AVX2 void PaintRingFlatAVX2_32(const RingSpanPlan* plan, int32_t count
     PaintRingFlatScalar<32>(plan, count - n, thePixel, seed);
 }
 
-/* AllInside: every column of the span is known to lie inside the ramp (the
-   round path's spans are exact), so the test is left out. */
+/* The last 1 to 7 columns of a span, measured and blended as an octet and
+   written through a copy of just their pixels; the dither moves on by
+   their number. */
+template <int Depth, bool AllInside>
+GLINTWAVE_AVX2_INLINE void PaintPartialOctet(const RingSpanPlan* plan, const RingRowTerms* rowTerms, int32_t n,
+                                             int32_t count, unsigned char* thePixel, uint32_t* seed)
+{
+    constexpr int pixelSize = Depth == 48 ? kPixelSize48 : kPixelSize32;
+    Octet octet;
+    MeasurePartialOctet(plan, rowTerms, n, count, &octet);
+    const int valid = (1 << count) - 1;
+    int inside = valid;
+    if (!AllInside) {
+        const __m256d limit = _mm256_set1_pd(plan->limit);
+        inside = (_mm256_movemask_pd(_mm256_cmp_pd(octet.d0, limit, _CMP_LT_OQ)) |
+                  (_mm256_movemask_pd(_mm256_cmp_pd(octet.d1, limit, _CMP_LT_OQ)) << 4)) &
+                 valid;
+    }
+    if (inside == valid) {
+        /* Every lane, the repeats of the first included, is inside. */
+        alignas(32) unsigned char pixels[8 * pixelSize] = {};
+        memcpy(pixels, thePixel, (size_t)count * pixelSize);
+        if constexpr (Depth == 48) {
+            Paint8Pixels48(pixels, plan, &octet);
+        } else {
+            uint32_t octetSeed = *seed;
+            Paint8Pixels32(pixels, plan, &octet, &octetSeed);
+            *seed = *seed * kDitherJumps.multiplier[count] + kDitherJumps.increment[count];
+        }
+        memcpy(thePixel, pixels, (size_t)count * pixelSize);
+    } else if (inside != 0) {
+        double d[8];
+        _mm256_storeu_pd(d, octet.d0);
+        _mm256_storeu_pd(d + 4, octet.d1);
+        for (int j = 0; j < count; ++j)
+            if (d[j] < plan->limit)
+                PaintRingPixel<Depth>(thePixel + j * pixelSize, plan->ramp, TruncULong(d[j]), seed);
+    }
+}
+
 /* AllInside: every column of the span is known to lie inside the ramp (the
    round path's spans are exact), so the test is left out. The next octet is
    measured before the current one is painted, so that its square roots and
@@ -378,6 +459,10 @@ GLINTWAVE_AVX2 void PaintRingSpanAVX2(const RingSpanPlan* plan, const RingRowTer
             if (!more)
                 break;
         }
+    }
+    if (plan->limit <= kVectorDistanceRange && n <= last) {
+        PaintPartialOctet<Depth, AllInside>(plan, rowTerms, n, last - n + 1, thePixel, seed);
+        return;
     }
     PaintRingSpanScalar<Depth>(plan, rowTerms, n, last, thePixel, seed);
 }
