@@ -11,13 +11,20 @@
 
 namespace flarebench {
 
-inline int32_t BuildHeavyFlare(flaretest::FlareTestBlock& block, int32_t width, int32_t height)
+/* turned: rotated by 30 degrees with an aspect ratio of 1.3, so that the
+   rings take the turned path. */
+inline int32_t BuildHeavyFlare(flaretest::FlareTestBlock& block, int32_t width, int32_t height, bool turned = false)
 {
     using flaretest::Stop;
     constexpr uint16_t F = kFullLevel;
     block.SetFrame(0, 0, width, height);
     block.SetLight(0.3 * width, 0.3 * height, width / 2.0, height / 2.0, height);
     block.data()->flareLightSize = 1.0;
+    if (turned) {
+        block.control.flareRotation = 30.0;
+        block.control.flareAspectRatio = 1.3;
+        block.control.flareFlags |= FLARE_FLAG(kFlagUseAspectRatio);
+    }
 
     block.AddRing(kRingOuterGlow, 1.0f, 1.35f,
                   {{0.0f, 2600, 2100, 1600}, {0.3f, 1200, 950, 700}, {0.7f, 300, 240, 180}, {1.0f, 0, 0, 0}});

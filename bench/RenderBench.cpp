@@ -1,7 +1,8 @@
 /*
  * RenderBench.cpp - the heavy reference flare painted by the renderer
- * itself at 3840 x 2160 and 1920 x 1080, 48 and 32 bits, each beside one
- * memory pass over the same frame (the floor) in the same run.
+ * itself at 3840 x 2160 and 1920 x 1080, 48 and 32 bits (and turned, at
+ * 3840 x 2160), each beside one memory pass over the same frame (the floor)
+ * in the same run.
  *
  * Before timing, the frame is painted once on every painter path this
  * processor runs and the pictures are compared: a difference fails the case.
@@ -27,9 +28,9 @@ struct LaidOutFlare {
     std::vector<char> pristine;
     int32_t result = 0;
 
-    explicit LaidOutFlare(FrameSize size)
+    LaidOutFlare(FrameSize size, bool turned)
     {
-        result = BuildHeavyFlare(block, size.width, size.height);
+        result = BuildHeavyFlare(block, size.width, size.height, turned);
         pristine.assign(block.bytes(), block.bytes() + block.data()->flareDataSize);
     }
 
@@ -63,9 +64,9 @@ std::vector<uint64_t> PaintOnEveryPath(LaidOutFlare& flare, Frame& frame)
     return sums;
 }
 
-void BM_HeavyFlare(benchmark::State& state, FrameSize size, int16_t depth)
+void BM_HeavyFlare(benchmark::State& state, FrameSize size, int16_t depth, bool turned)
 {
-    LaidOutFlare flare(size);
+    LaidOutFlare flare(size, turned);
     if (flare.result != 0) {
         state.SkipWithError("layout failed");
         return;
@@ -86,9 +87,15 @@ void RegisterHeavyFlare()
         for (int16_t depth : {(int16_t)48, (int16_t)32})
             benchmark::RegisterBenchmark(
                 (std::string("HeavyFlare/") + size.name + "/" + std::to_string(depth)).c_str(),
-                [size, depth](benchmark::State& s) { BM_HeavyFlare(s, size, depth); })
+                [size, depth](benchmark::State& s) { BM_HeavyFlare(s, size, depth, false); })
                 ->UseManualTime()
                 ->Unit(benchmark::kMillisecond);
+    /* The same flare turned, at 4K: the rings' turned path. */
+    for (int16_t depth : {(int16_t)48, (int16_t)32})
+        benchmark::RegisterBenchmark((std::string("HeavyFlareTurned/") + kFrame4K.name + "/" + std::to_string(depth)).c_str(),
+                                     [depth](benchmark::State& s) { BM_HeavyFlare(s, kFrame4K, depth, true); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
 }
 
 }  // namespace flarebench
