@@ -1,69 +1,101 @@
 /*
- * RenderBench.cpp - time to paint a 1920 x 1080 frame of a style close to a
- * real one (origin glow, halo, outer glow, eight rings, four streaks), at 48
- * and 32 bits, and the time of one memory pass over a frame of the same size
- * as the yardstick: render time / memory-pass time is the figure to watch.
+ * RenderBench.cpp - the heavy reference flare painted by the renderer
+ * itself at 3840 x 2160 and 1920 x 1080, 48 and 32 bits (and turned, at
+ * 3840 x 2160), each beside one memory pass over the same frame (the floor)
+ * in the same run.
  *
+ * Before timing, the frame is painted once on every painter path this
+ * processor runs and the pictures are compared: a difference fails the case.
  * Every iteration starts from the freshly laid-out block, because painting
- * consumes the streaks' edge records; the frame itself is painted over
- * again (the additions saturate, the work per pixel is the same).
+ * consumes the streaks' edge records; the frame itself is painted over again
+ * (the additions saturate, the work per pixel is the same).
  */
-#include <benchmark/benchmark.h>
-
 #include <string.h>
 
 #include <vector>
 
-#include "SyntheticFlare.h"
+#include "BenchSupport.h"
+#include "HeavyFlare.h"
+#include "PaintPath.h"
 
+namespace flarebench {
 namespace {
 
-constexpr int32_t kWidth = 1920;
-constexpr int32_t kHeight = 1080;
+/* The laid-out flare: the used part of the block, to restore before each
+   paint. */
+struct LaidOutFlare {
+    flaretest::FlareTestBlock block{1 << 20};
+    std::vector<char> pristine;
+    int32_t result = 0;
 
-void RenderFrame(benchmark::State& state, int16_t depth)
+    LaidOutFlare(FrameSize size, bool turned)
+    {
+        result = BuildHeavyFlare(block, size.width, size.height, turned);
+        pristine.assign(block.bytes(), block.bytes() + block.data()->flareDataSize);
+    }
+
+    int32_t Paint(Frame& frame)
+    {
+        memcpy(block.bytes(), pristine.data(), pristine.size());
+        GlintwaveBuffer& b = block.data()->flarePixelBuffer;
+        b.bufferBase = frame.base();
+        b.bufferRowBytes = frame.rowBytes();
+        SetLRect(&b.bufferRect, 0, 0, frame.size().width, frame.size().height);
+        b.bufferDepth = frame.depth();
+        b.bufferIndex = 0xFF;
+        return GenerateFlare(&block.control, block.data(), frame.depth(), false);
+    }
+};
+
+/* The checksum of the frame painted from black on each path. */
+std::vector<uint64_t> PaintOnEveryPath(LaidOutFlare& flare, Frame& frame)
 {
-    flaretest::FlareTestBlock block(1 << 20);
-    if (flaretest::BuildSyntheticFlare(block, kWidth, kHeight, 1380.0, 310.0) != 0) {
+    std::vector<uint64_t> sums;
+    const int32_t paths[] = {kPaintPathPlain, kPaintPathSpans, kPaintPathVector};
+    for (int32_t path : paths) {
+        if (path == kPaintPathVector && !VectorPathAvailable())
+            continue;
+        SetPaintPath(path);
+        frame.Clear();
+        flare.Paint(frame);
+        sums.push_back(frame.Checksum());
+    }
+    SetPaintPath(kPaintPathBest);
+    return sums;
+}
+
+void BM_HeavyFlare(benchmark::State& state, FrameSize size, int16_t depth, bool turned)
+{
+    LaidOutFlare flare(size, turned);
+    if (flare.result != 0) {
         state.SkipWithError("layout failed");
         return;
     }
-    flaretest::TestImage image(kWidth, kHeight, depth);
-    image.Attach(block.data());
-    std::vector<char> pristine(block.bytes(), block.bytes() + block.size());
-
-    for (auto _ : state) {
-        memcpy(block.bytes(), pristine.data(), pristine.size());
-        image.Attach(block.data());
-        int32_t result = GenerateFlare(&block.control, block.data(), depth, false);
-        benchmark::DoNotOptimize(result);
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * (int64_t)image.rowBytes() * kHeight);
+    Frame frame(size, depth);
+    if (!ReportEquality(state, PaintOnEveryPath(flare, frame), "heavy flare"))
+        return;
+    frame.Clear();
+    TimeAgainstFloor(state, frame, [&] { benchmark::DoNotOptimize(flare.Paint(frame)); });
+    state.counters["path"] = CurrentPaintPath();
 }
-
-void BM_RenderFrame48(benchmark::State& state) { RenderFrame(state, 48); }
-void BM_RenderFrame32(benchmark::State& state) { RenderFrame(state, 32); }
-
-/* One pass over the frame: copy it to another buffer. */
-void MemoryPass(benchmark::State& state, int pixelSize)
-{
-    size_t bytes = (size_t)kWidth * kHeight * pixelSize;
-    std::vector<unsigned char> from(bytes, 1), to(bytes, 0);
-    for (auto _ : state) {
-        memcpy(to.data(), from.data(), bytes);
-        benchmark::DoNotOptimize(to.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * (int64_t)bytes);
-}
-
-void BM_MemoryPass48(benchmark::State& state) { MemoryPass(state, 6); }
-void BM_MemoryPass32(benchmark::State& state) { MemoryPass(state, 4); }
 
 }  // namespace
 
-BENCHMARK(BM_RenderFrame48)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_RenderFrame32)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_MemoryPass48)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_MemoryPass32)->Unit(benchmark::kMillisecond);
+void RegisterHeavyFlare()
+{
+    for (FrameSize size : {kFrame4K, kFrameHD})
+        for (int16_t depth : {(int16_t)48, (int16_t)32})
+            benchmark::RegisterBenchmark(
+                (std::string("HeavyFlare/") + size.name + "/" + std::to_string(depth)).c_str(),
+                [size, depth](benchmark::State& s) { BM_HeavyFlare(s, size, depth, false); })
+                ->UseManualTime()
+                ->Unit(benchmark::kMillisecond);
+    /* The same flare turned, at 4K: the rings' turned path. */
+    for (int16_t depth : {(int16_t)48, (int16_t)32})
+        benchmark::RegisterBenchmark((std::string("HeavyFlareTurned/") + kFrame4K.name + "/" + std::to_string(depth)).c_str(),
+                                     [depth](benchmark::State& s) { BM_HeavyFlare(s, kFrame4K, depth, true); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+}
+
+}  // namespace flarebench

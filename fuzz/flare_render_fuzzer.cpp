@@ -8,7 +8,9 @@
  * room behind them, then a pixel buffer of any depth and position. The
  * harness lays the flare out (CalcFlareInfo) and paints it (GenerateFlare)
  * into a buffer kept between guard bytes, with a progress host that may
- * cancel. A touched guard byte traps; the sanitizers catch the rest.
+ * cancel. A touched guard byte traps; the sanitizers catch the rest. The
+ * same flare is painted again from the same block and buffer on the other
+ * painter paths (PaintPath.h), which must leave the per-pixel rule's bytes.
  *
  * The buffer described to the painters is always the buffer allocated here,
  * as a host's is: painting outside a truthful description is what the
@@ -25,6 +27,7 @@
 #include "FlareModel.h"
 #include "FlareRender.h"
 #include "GlintwaveRecords.h"
+#include "PaintPath.h"
 #include "RectUtils.h"
 
 namespace {
@@ -279,10 +282,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     static const int32_t kAnswers[] = {0, 0, 0, 4};
     gStatusAnswer = kAnswers[input.ConsumeIntegralInRange<int>(0, 3)];
-    const int32_t result = GenerateFlare(&control, theData, depth, input.ConsumeBool());
+    const bool statusFlag = input.ConsumeBool();
+    const std::vector<uint64_t> laidOut = storage;
+    const std::vector<unsigned char> background = buffer.bytes;
+    SetPaintPath(kPaintPathPlain);
+    const int32_t result = GenerateFlare(&control, theData, depth, statusFlag);
     if (result != 0 && result != gStatusAnswer)
         __builtin_trap();
     if (!buffer.GuardsIntact())
         __builtin_trap();
+    const std::vector<unsigned char> ruled = buffer.bytes;
+    for (int32_t path : {kPaintPathSpans, kPaintPathBest}) {
+        memcpy(storage.data(), laidOut.data(), laidOut.size() * sizeof(uint64_t));
+        memcpy(buffer.bytes.data(), background.data(), background.size());
+        SetPaintPath(path);
+        if (GenerateFlare(&control, theData, depth, statusFlag) != result || buffer.bytes != ruled)
+            __builtin_trap();
+    }
+    SetPaintPath(kPaintPathBest);
     return 0;
 }
