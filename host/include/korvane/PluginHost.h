@@ -26,6 +26,8 @@
 //   'RCHN'  0 (there are no channels to drop yet).
 //   'ACHN'/'GCHN'/'SCHN' and anything else: 2, not offered.
 // A record smaller than its request's type answers 3.
+// HostOptions::onRequest sees every request first and may answer it itself
+// (tests use it for canned answers and to log what was asked).
 //
 // Typed calls fill the command records; each returns the plug-in's result
 // code. describe() turns a code into the plug-in's own text ('DESC'), and
@@ -41,6 +43,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -84,6 +87,9 @@ public:
 
     const std::filesystem::path& file() const { return file_; }
     const std::filesystem::path& homeDirectory() const { return home_; }
+    // Where the plug-in looks for its resources; the file's folder unless
+    // the host keeps them elsewhere.
+    void setHomeDirectory(std::filesystem::path home) { home_ = std::move(home); }
     // The file name alone ("Glintwave.so"), for messages.
     std::string displayName() const { return file_.filename().string(); }
 
@@ -98,10 +104,17 @@ private:
     PluginMain main_ = nullptr;
 };
 
+// Sees a request before the host answers it: a value returned is the
+// request's answer and the host does nothing more; nullopt lets it answer.
+using RequestHook = std::function<std::optional<std::int32_t>(std::uint32_t selector, std::int32_t size,
+                                                              void* record)>;
+
 struct HostOptions {
     std::int32_t freeBudget = 64 * 1024 * 1024;  // bytes offered on 'FREE'
     bool moveBlocks = false;                     // 'ALOC' moves both blocks every time
     std::int32_t statusIntervalTicks = 6;        // 0: every report is wanted at once
+    bool offerHostProcedure = true;              // false: theHostProc is null in every call
+    RequestHook onRequest;
 };
 
 // One 'STAT' report, texts in UTF-8.
@@ -227,6 +240,10 @@ public:
     std::span<const std::uint8_t> controlData() const;
     void setControlData(std::span<const std::uint8_t> bytes);
     std::span<const std::uint8_t> pluginData() const;
+    // The blocks themselves, for hosts and tests that fill or inspect them
+    // between calls.
+    HostBlock& controlBlock() { return control_; }
+    HostBlock& pluginBlock() { return plugin_; }
 
     // The info record the host puts at the start of every command record.
     PluginInfoRec infoRecord();

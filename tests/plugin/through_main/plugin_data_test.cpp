@@ -48,7 +48,7 @@ TEST_F(PluginDataTest, OffersThatAreTooSmallOrRefusedFail)
     };
     for (const auto& [offer, expected] : offers) {
         SCOPED_TRACE(offer);
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         host.options.freeBudget = offer;
         EXPECT_EQ(host.init(), expected);
     }
@@ -94,13 +94,13 @@ TEST_F(PluginDataTest, ElementsAreReReadOnlyWhenTheBlockSizeChanged)
     };
     for (const Case c : {Case{0, false}, Case{8, true}, Case{-8, true}}) {
         SCOPED_TRACE(c.extra);
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         ASSERT_EQ(host.init(), kPluginNoError);
         PluginDataRec* data = host.pluginHeader();
         // An odd flareDataSize that rounds up to the next multiple of 8.
         const std::int32_t dataSize = roundUp8(data->flareDataSize) + 1;
         data->flareDataSize = dataSize;
-        host.plugin().resize(roundUp8(dataSize) + c.extra);
+        host.plugin().resize(roundUp8(dataSize) + c.extra, true);
 
         auto* ring = const_cast<RingElement*>(host.rings().at(0));
         ring->ringName[1] = 'Z';
@@ -121,11 +121,11 @@ TEST_F(PluginDataTest, SettledBlockAsksNothing)
     EXPECT_EQ(host.requests(), std::vector<std::uint32_t>{kHostAllocate});
     EXPECT_EQ(host.control().size(), 128 + 3 * 24);
     // 'GENF' checks the data first; with nothing stale there is nothing to ask.
-    const Bytes plugin = host.plugin().bytes();
+    const Bytes plugin = blockBytes(host.plugin());
     host.clearLog();
     EXPECT_EQ(checkOnly(), kPluginNoError);
     EXPECT_TRUE(host.requests().empty());
-    EXPECT_EQ(host.plugin().bytes(), plugin);
+    EXPECT_EQ(blockBytes(host.plugin()), plugin);
 }
 
 TEST_F(PluginDataTest, InitAlwaysReReads)

@@ -111,8 +111,8 @@ TEST_F(HostTest, TablesAreReadOrRefused)
         FlareTableFolder folder;
         c.build(folder);
         folder.write();
-        host.plugin().clear();
-        host.control().clear();
+        host.plugin().resize(0, true);
+        host.control().resize(0, true);
         EXPECT_EQ(host.init(), c.result);
         ASSERT_NE(host.controlHeader(), nullptr);
         EXPECT_EQ(host.controlHeader()->flareRingCount, c.rings);
@@ -190,7 +190,7 @@ TEST_F(HostTest, StopsAreConvertedAndCutToWhatTheResourceHolds)
         folder.add(kRingResType, 10, ringResource(ring));
         folder.add(kFlareResType, kStyle1, flareInfoResource({{kRingResType, 10, 10}}));
         folder.write();
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         ASSERT_EQ(host.init(), kPluginNoError);
         ASSERT_EQ(host.rings().size(), 1u);
         const RingElement* loaded = host.rings()[0];
@@ -236,7 +236,7 @@ TEST_F(HostTest, StreakDirectionIsAUnitVector)
         folder.add(kStreakResType, 20, streakResource(streak));
         folder.add(kFlareResType, kStyle1, flareInfoResource({{kStreakResType, 20, 20}}));
         folder.write();
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         ASSERT_EQ(host.init(), kPluginNoError);
         ASSERT_EQ(host.streaks().size(), 1u);
         const StreakElement* loaded = host.streaks()[0];
@@ -292,7 +292,7 @@ TEST_F(HostTest, SavedOverridesApplyToTheRingsTheyWereSavedFor)
     EXPECT_EQ(rings[2]->ringIntensity, 1.0f);
     EXPECT_EQ(rings[2]->ringColor.alpha, -1);
     EXPECT_EQ(rings[2]->ringColor.green, -1);
-    const Bytes after = host.control().bytes();
+    const Bytes after = blockBytes(host.control());
     ASSERT_EQ(after.size(), control.size());
     EXPECT_TRUE(std::equal(after.begin() + 128, after.end(), control.begin() + 128))
         << "the stored overrides were changed";
@@ -338,7 +338,7 @@ TEST_F(HostTest, ResizedSettingsTakeTheirOverridesFromTheLoadedRings)
     EXPECT_EQ(host.rings().at(0)->ringScale, 0.5f);
 
     // Without loaded rings every override is the neutral one.
-    host.plugin().clear();
+    host.plugin().resize(0, true);
     host.control().assign(control);
     ASSERT_EQ(host.init(), kPluginNoError);
     for (const RingElement* ring : host.rings())

@@ -220,7 +220,7 @@ protected:
         ControlDataRec header = expectedDefaults();
         header.flareLens = style;
         on.control().assign(bytesOf(&header, sizeof header));
-        on.plugin().clear();
+        on.plugin().resize(0, true);
         ASSERT_EQ(on.init(), kPluginNoError) << "style " << style;
         ASSERT_EQ(on.setup(typicalFrame()), kPluginNoError) << "style " << style;
     }

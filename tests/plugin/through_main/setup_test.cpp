@@ -60,7 +60,7 @@ TEST_F(SetupTest, FrameAndLightAreStored)
     EXPECT_EQ(data->flareLightIntensity, 0.625);
     EXPECT_NEAR(data->flareLightRotation, 30.0, 1e-9);
     EXPECT_EQ(data->flareLightSize, 12.0 / flareScale(frame));
-    EXPECT_EQ(copyOf(data->flareHostReference), static_cast<void*>(&host));
+    EXPECT_EQ(copyOf(data->flareHostReference), copyOf(host.infoRecord().theHostReference));
     EXPECT_NE(copyOf(data->flareHostProc), nullptr);
     EXPECT_EQ(copyOf(data->flarePixelBuffer.bufferBase), nullptr);
     EXPECT_EQ(data->flarePixelBuffer.bufferRowBytes, 200 * 4);
