@@ -70,22 +70,6 @@ TEST(Glintwave, InformationInUtf8)
               "effects.");
 }
 
-TEST(Glintwave, DescribesResultCodes)
-{
-    PluginLibrary library(GLINTWAVE_PLUGIN_PATH);
-    PluginInstance instance(library);
-    const std::pair<std::int32_t, const char*> cases[] = {
-        {0, "No plug-in error"},
-        {1, "Plug-in could not allocate needed memory"},
-        {4, "The user canceled the plug-in operation"},
-        {8, "A requested plug-in feature or mode is not supported"},
-        {9, ""},
-        {-1, ""},
-    };
-    for (const auto& [code, text] : cases)
-        EXPECT_EQ(instance.describe(code), text) << code;
-}
-
 struct RenderCase {
     const char* label;
     std::int16_t depth;
@@ -128,50 +112,5 @@ TEST_P(GlintwaveRender, PaintsTheSameFrameWhetherBlocksMoveOrNot)
 INSTANTIATE_TEST_SUITE_P(Host, GlintwaveRender,
                          testing::Values(RenderCase{"depth48", 48}, RenderCase{"depth32", 32}),
                          [](const auto& info) { return std::string(info.param.label); });
-
-TEST(Glintwave, TheProgressCallbackCancels)
-{
-    PluginLibrary library(GLINTWAVE_PLUGIN_PATH);
-    for (const int cancelAt : {1, 10}) {
-        HostOptions options;
-        options.statusIntervalTicks = 0;
-        PluginInstance instance(library, options);
-        int reports = 0;
-        instance.setProgressCallback([&](const korvane::Progress&) {
-            return ++reports >= cancelAt ? kPluginUserCanceled : kPluginNoError;
-        });
-        Frame frame(48);
-        const std::int32_t result = render(instance, frame);
-        EXPECT_EQ(result, kPluginUserCanceled) << cancelAt;
-        EXPECT_EQ(reports, cancelAt);  // no report after the cancel
-        const std::string message = instance.failureMessage(kCmdFlareGenerate, result);
-        EXPECT_NE(message.find("'GENF' failed: The user canceled the plug-in operation (code 4)"),
-                  std::string::npos)
-            << message;
-    }
-}
-
-// The plug-in finds Glintwave.rsc in the folder it was loaded from.
-TEST(Glintwave, HomeFolderFollowsThePluginFile)
-{
-    hosttest::TempFolder folder;
-    ASSERT_FALSE(folder.path().empty());
-    std::filesystem::copy_file(GLINTWAVE_PLUGIN_PATH, folder / "Glintwave.so");
-    {
-        PluginLibrary alone(folder / "Glintwave.so");
-        PluginInstance instance(alone);
-        const std::int32_t result = instance.init();
-        EXPECT_NE(result, kPluginNoError);
-        // The toolbox's complaint names the file the plug-in looked for.
-        const std::string message = instance.failureMessage(kCmdInitialize, result);
-        EXPECT_NE(message.find((folder / "Glintwave.rsc").string()), std::string::npos) << message;
-    }
-    std::filesystem::copy_file(GLINTWAVE_RSC_FILE, folder / "Glintwave.rsc");
-    PluginLibrary beside(folder / "Glintwave.so");
-    PluginInstance instance(beside);
-    Frame frame(48);
-    EXPECT_EQ(render(instance, frame), kPluginNoError);
-    EXPECT_FALSE(frame.black());
-}
 
 } // namespace

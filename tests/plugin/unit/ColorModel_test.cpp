@@ -145,40 +145,6 @@ TEST(ColorModel, AllBlackEntriesReportNothingToDraw)
     EXPECT_FALSE(CalcRGBColors(block.data(), 4, 1.0, 1.0, false, &kWhiteTint, 2, 4, stops, table.data()));
 }
 
-TEST(ColorModel, HostileCountsWriteNothing)
-{
-    FlareTestBlock block(4096);
-    ElementColor stops[2] = {MakeStop({0.0f, F, F, F}), MakeStop({1.0f, F, F, F})};
-    FlareColor table[2] = {{1, 1, 1}, {1, 1, 1}};
-    EXPECT_FALSE(CalcRGBColors(block.data(), 4, 1.0, 1.0, false, &kWhiteTint, 0, 1, stops, table));
-    EXPECT_FALSE(CalcRGBColors(block.data(), 4, 1.0, 1.0, false, &kWhiteTint, 2, -3, stops, table));
-    EXPECT_EQ(table[0].red, 1);
-    EXPECT_EQ(table[1].red, 1);
-}
-
-TEST(ColorModel, NonFiniteSumsStayInRange)
-{
-    /* A NaN contrast counts as contrast on; sums become NaN and truncate to 0;
-       huge intensities clamp at full level. */
-    FlareTestBlock block(4096);
-    ElementColor stops[2] = {MakeStop({0.0f, F, F, F}), MakeStop({1.0f, F, F, F})};
-    std::vector<FlareColor> table(5);
-    EXPECT_FALSE(CalcRGBColors(block.data(), 4, 1.0, std::nan(""), false, &kWhiteTint, 2, 4, stops, table.data()));
-    EXPECT_TRUE(CalcRGBColors(block.data(), 4, 1e300, 1.0, false, &kWhiteTint, 2, 4, stops, table.data()));
-    EXPECT_EQ(table[0].red, F);
-    EXPECT_TRUE(CalcRGBColors(block.data(), 4, 1e300, 3.0, false, &kWhiteTint, 2, 4, stops, table.data()));
-    EXPECT_EQ(table[3].blue, F);
-}
-
-TEST(ColorModel, SortColorsKeepsStoredOrder)
-{
-    ElementColor stops[3] = {MakeStop({0.9f, 1, 0, 0}), MakeStop({0.1f, 2, 0, 0}), MakeStop({0.5f, 3, 0, 0})};
-    SortColors(3, stops);
-    EXPECT_EQ(stops[0].rgb.red, 1);
-    EXPECT_EQ(stops[1].rgb.red, 2);
-    EXPECT_EQ(stops[2].rgb.red, 3);
-}
-
 TEST(ColorModel, AddColorIntegratesTheBlend)
 {
     /* Over [0.25, 0.75] between 1000 at 0 and 3000 at 1: width 0.5, blend at

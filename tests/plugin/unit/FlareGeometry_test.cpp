@@ -194,22 +194,6 @@ TEST(FlareGeometry, TintScalesTheKindColour)
     }
 }
 
-TEST(FlareGeometry, RampThatDoesNotFitIsAMemoryError)
-{
-    FlareTestBlock sizing;
-    sizing.SetLight(100, 50, 50, 50, 10);
-    sizing.AddRing(kRingReflection, 0.5f, 2.0f, kFade);
-    int32_t elementEnd = sizing.data()->flareElementSize;
-
-    /* A block that ends 8 bytes short of the 128-byte ramp. */
-    FlareTestBlock block(elementEnd + 120);
-    block.SetLight(100, 50, 50, 50, 10);
-    RingElement* r = block.AddRing(kRingReflection, 0.5f, 2.0f, kFade);
-    EXPECT_EQ(block.Layout(), kPluginMemoryError);
-    EXPECT_EQ(+block.data()->flareDataSize, elementEnd);
-    EXPECT_EQ(+r->ringFlareColors, 20);
-}
-
 struct HostileRingCase {
     const char* name;
     float outer;
@@ -217,65 +201,6 @@ struct HostileRingCase {
 };
 
 class HostileRingTest : public ::testing::TestWithParam<HostileRingCase> {};
-
-TEST_P(HostileRingTest, NotDrawnAndNoOverflow)
-{
-    const HostileRingCase& c = GetParam();
-    FlareTestBlock block(64 * 1024);
-    block.SetLight(50, 50, 50, 50, 10);
-    RingElement* r = block.AddRing(kRingReflection, 1.0f, c.outer, kFade);
-    int32_t elementEnd = block.data()->flareElementSize;
-    EXPECT_EQ(block.Layout(), c.expectedResult);
-    if (c.expectedResult == 0) {
-        EXPECT_EQ(+r->ringFlareColorBase, 0);
-        EXPECT_EQ(+r->ringFlareColors, 0);
-    }
-    EXPECT_EQ(+block.data()->flareDataSize, elementEnd);
-}
-
-INSTANTIATE_TEST_SUITE_P(FlareGeometry, HostileRingTest,
-                         ::testing::Values(HostileRingCase{"NaNRadius", std::nanf(""), 0},
-                                           HostileRingCase{"NegativeRadius", -2.0f, 0},
-                                           HostileRingCase{"HugeRadius", 1e30f, kPluginMemoryError},
-                                           HostileRingCase{"InfiniteRadius",
-                                                           std::numeric_limits<float>::infinity(),
-                                                           kPluginMemoryError}),
-                         [](const ::testing::TestParamInfo<HostileRingCase>& info) {
-                             return std::string(info.param.name);
-                         });
-
-TEST(FlareGeometry, BrokenChainsEndTheWalk)
-{
-    FlareTestBlock block(16 * 1024);
-    block.SetLight(50, 50, 50, 50, 10);
-    RingElement* r = block.AddRing(kRingReflection, 1.0f, 1.0f, kFade);
-
-    /* A ring that links to itself, with a count far beyond what fits. */
-    r->ringNext = block.data()->flareRingFirst;
-    block.control.flareRingCount = std::numeric_limits<int32_t>::max();
-    EXPECT_EQ(block.Layout(), 0);
-
-    /* Links outside the block, into the header, or odd. */
-    for (int32_t next : {-8, 0, 100, 783, 16 * 1024 - 4, 16 * 1024 + 1024, 901}) {
-        r->ringNext = next;
-        block.control.flareRingCount = 3;
-        EXPECT_EQ(block.Layout(), 0) << next;
-        EXPECT_EQ(+r->ringFlareColors, 10);
-    }
-    block.data()->flareRingFirst = 0;
-    EXPECT_EQ(block.Layout(), 0);
-    EXPECT_EQ(+block.data()->flareDataSize, +block.data()->flareElementSize);
-}
-
-TEST(FlareGeometry, RingStopsOutsideTheBlockDrawNothing)
-{
-    FlareTestBlock block(16 * 1024);
-    block.SetLight(50, 50, 50, 50, 10);
-    RingElement* r = block.AddRing(kRingReflection, 1.0f, 1.0f, kFade);
-    r->ringElementColors = 100000;
-    EXPECT_EQ(block.Layout(), 0);
-    EXPECT_EQ(+r->ringFlareColors, 0);
-}
 
 /* Streaks: light and centre at (50, 50), 10 pixels per unit, direction
    (1, 0), inner 0, outer 2. */
@@ -337,19 +262,6 @@ TEST(FlareGeometry, StreakOutlineBox)
     /* The band runs from 1.5 before the origin to one pixel plus 1.5 past
        the outer extent, 3 pixels wide: rows 49..51, columns 49..72. */
     ExpectRect(s->streakRect, {49, 49, 73, 52});
-}
-
-TEST(FlareGeometry, StreakOutsideTheFrameUsesNoMemory)
-{
-    FlareTestBlock block;
-    block.SetLight(500, 500, 50, 50, 10);
-    block.control.flareFlags = FLARE_FLAG(kFlagNoLightSize);
-    StreakElement* s = block.AddStreak(1.0f, 1.0f, 0.0f, 0.0f, 2.0f, kFade);
-    int32_t elementEnd = block.data()->flareElementSize;
-    ASSERT_EQ(block.Layout(), 0);
-    EXPECT_EQ(+s->streakFlareColors, 0);
-    EXPECT_EQ(+s->streakFlareColorBase, 0);
-    EXPECT_EQ(+block.data()->flareDataSize, elementEnd);
 }
 
 TEST(FlareGeometry, FlareScaleIsTheFirstOriginGlow)

@@ -69,33 +69,6 @@ void AddCoveringRing(FlareTestBlock& block, int32_t width, int32_t height)
 
 int gReference;
 
-TEST(GenerateFlare, ReportsEveryRowOfTheFrame)
-{
-    FlareTestBlock block;
-    block.SetFrame(0, 0, 8, 10);
-    TestImage image(8, 4, 48);
-    image.Attach(block.data(), 0, 2);   /* rows 2..5 of a 10-row frame */
-    AddCoveringRing(block, 8, 10);
-    FakeStatusHost host;
-    host.Attach(block.data(), &gReference);
-
-    EXPECT_EQ(GenerateFlare(&block.control, block.data(), 48, true), 0);
-    /* Opening, one per row, closing. */
-    ASSERT_EQ(host.reports.size(), 6u);
-    const int32_t values[] = {2, 3, 4, 5, 6, 6};
-    for (size_t i = 0; i < 6; ++i) {
-        EXPECT_EQ(host.reports[i].unit, "Scanline");
-        EXPECT_EQ(host.reports[i].info, "Drawing Flare");
-        EXPECT_EQ(host.reports[i].min, 0);
-        EXPECT_EQ(host.reports[i].max, 10);
-        EXPECT_EQ(host.reports[i].value, values[i]) << i;
-        EXPECT_FLOAT_EQ(host.reports[i].pos, values[i] / 10.0f) << i;
-        EXPECT_EQ(host.reports[i].reference, &gReference);
-    }
-    for (int y = 0; y < 4; ++y)
-        EXPECT_EQ(image.Pixel48(3, y).red, 3200) << y;
-}
-
 struct CancelCase {
     const char* name;
     std::vector<int32_t> replies;
@@ -130,36 +103,6 @@ INSTANTIATE_TEST_SUITE_P(
                       CancelCase{"AfterTheSecondRow", {0, 0, kPluginUserCanceled}, 2, 3},
                       CancelCase{"AtTheClosing", {0, 0, 0, 0, 0, 0, 0, kPluginUserCanceled}, 6, 8}),
     [](const ::testing::TestParamInfo<CancelCase>& info) { return std::string(info.param.name); });
-
-TEST(GenerateFlare, WithoutStatusNothingIsSent)
-{
-    FlareTestBlock block;
-    block.SetFrame(0, 0, 6, 6);
-    TestImage image(6, 6, 48);
-    image.Attach(block.data());
-    AddCoveringRing(block, 6, 6);
-    FakeStatusHost host;
-    host.replies = {kPluginUserCanceled};
-    host.Attach(block.data(), &gReference);
-    EXPECT_EQ(GenerateFlare(&block.control, block.data(), 48, false), 0);
-    EXPECT_TRUE(host.reports.empty());
-    EXPECT_EQ(image.Pixel48(5, 5).green, 3200);
-}
-
-TEST(GenerateFlare, NoBaseAddressPaintsNothing)
-{
-    FlareTestBlock block;
-    block.SetFrame(0, 0, 6, 6);
-    TestImage image(6, 6, 48);
-    image.Attach(block.data());
-    block.data()->flarePixelBuffer.bufferBase = nullptr;
-    AddCoveringRing(block, 6, 6);
-    FakeStatusHost host;
-    host.Attach(block.data(), &gReference);
-    for (int16_t depth : {48, 32, 8})
-        EXPECT_EQ(GenerateFlare(&block.control, block.data(), depth, true), 0);
-    EXPECT_TRUE(host.reports.empty());
-}
 
 /* Pinned frames of the synthetic style. */
 struct FrameCase {
