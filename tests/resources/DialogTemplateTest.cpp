@@ -73,11 +73,4 @@ TEST(DialogTemplate, UnknownCodesAreRefused)
     }
 }
 
-TEST(DialogTemplate, TextsLongerThan255BytesCannotBeStored)
-{
-    DialogTemplate dialog = sampleDialog();
-    dialog.items[0].menu.push_back(std::string(256, 'x'));
-    EXPECT_THROW(korvane::encodeDialogTemplate(dialog), korvane::ResourceError);
-}
-
 } // namespace

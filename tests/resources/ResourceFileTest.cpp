@@ -48,25 +48,6 @@ TEST(ResourceFile, ReadsBackWhatWasWritten)
     EXPECT_TRUE(file.ids(0x43434343).empty());
 }
 
-TEST(ResourceFile, WriterOutputDoesNotDependOnTheOrderOfAdding)
-{
-    ResourceFileWriter reversed;
-    reversed.add(kTypeA, -5, "two", {5});
-    reversed.add(kTypeB, 8, "", {});
-    reversed.add(kTypeA, 1, "one", {1, 2, 3, 4});
-    reversed.add(kTypeB, 7, "", {9, 8, 7});
-    EXPECT_EQ(reversed.bytes(), sampleFile());
-}
-
-TEST(ResourceFile, WriterRefusesDuplicatesAndLongNames)
-{
-    ResourceFileWriter writer;
-    writer.add(kTypeA, 1, "", {});
-    EXPECT_THROW(writer.add(kTypeA, 1, "", {}), ResourceError);
-    EXPECT_THROW(writer.add(kTypeA, 2, std::string(256, 'x'), {}), ResourceError);
-    EXPECT_NO_THROW(writer.add(kTypeB, 1, std::string(255, 'x'), {}));
-}
-
 // Where the parts of the sample file lie, read from the file itself.
 struct Layout {
     Bytes& bytes;
@@ -140,21 +121,6 @@ const Corruption kCorruptions[] = {
 
 INSTANTIATE_TEST_SUITE_P(Damage, CorruptFile, ::testing::ValuesIn(kCorruptions),
                          [](const auto& info) { return std::string(info.param.name); });
-
-TEST(FourCC, TextRoundTrips)
-{
-    const struct {
-        std::uint32_t code;
-        const char* text;
-    } cases[] = {{0x464C4152, "FLAR"}, {0x4B444C47, "KDLG"}, {0x61622063, "ab c"},
-                 {0x00000001, "0x00000001"}, {0x52494E7F, "0x52494E7F"}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(korvane::fourCCText(c.code), c.text);
-        EXPECT_EQ(korvane::fourCCFromText(c.text), c.code) << c.text;
-    }
-    for (const char* bad : {"", "ABC", "ABCDE", "0x1234567", "0xZZZZZZZZ"})
-        EXPECT_THROW(korvane::fourCCFromText(bad), ResourceError) << bad;
-}
 
 TEST(MacRoman, EveryByteRoundTripsThroughUtf8)
 {

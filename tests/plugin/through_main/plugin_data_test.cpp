@@ -111,32 +111,6 @@ TEST_F(PluginDataTest, ElementsAreReReadOnlyWhenTheBlockSizeChanged)
     }
 }
 
-TEST_F(PluginDataTest, SettledBlockAsksNothing)
-{
-    writeStandardStyle();
-    ASSERT_EQ(host.init(), kPluginNoError);
-    // The first command after loading sizes the settings for the rings read.
-    host.clearLog();
-    EXPECT_EQ(checkOnly(), kPluginNoError);
-    EXPECT_EQ(host.requests(), std::vector<std::uint32_t>{kHostAllocate});
-    EXPECT_EQ(host.control().size(), 128 + 3 * 24);
-    // 'GENF' checks the data first; with nothing stale there is nothing to ask.
-    const Bytes plugin = blockBytes(host.plugin());
-    host.clearLog();
-    EXPECT_EQ(checkOnly(), kPluginNoError);
-    EXPECT_TRUE(host.requests().empty());
-    EXPECT_EQ(blockBytes(host.plugin()), plugin);
-}
-
-TEST_F(PluginDataTest, InitAlwaysReReads)
-{
-    writeStandardStyle();
-    ASSERT_EQ(host.init(), kPluginNoError);
-    const_cast<RingElement*>(host.rings().at(1))->ringName[1] = 'Z';
-    ASSERT_EQ(host.init(), kPluginNoError);
-    EXPECT_EQ(host.rings().at(1)->ringName[1], 'H');  // "Halo"
-}
-
 TEST_F(PluginDataTest, BrokenHeadersStartAgainFromDefaults)
 {
     writeStandardStyle();
@@ -168,21 +142,6 @@ TEST_F(PluginDataTest, BrokenHeadersStartAgainFromDefaults)
         EXPECT_EQ(host.rings().size(), 3u);
         EXPECT_EQ(host.plugin().size(), roundUp8(host.pluginHeader()->flareDataSize));
     }
-}
-
-// Recomputing the colours asks the host for memory again; an offer smaller
-// than the loaded elements cuts them off, so they are read again into what
-// there is (here: no room for a single ring).
-TEST_F(PluginDataTest, SmallerOfferThanTheElementsReadsThemAgain)
-{
-    writeStandardStyle();
-    ASSERT_EQ(host.init(), kPluginNoError);
-    host.pluginHeader()->flareReset = 1;
-    host.options.freeBudget = static_cast<std::int32_t>(sizeof(PluginDataRec) + 100);
-    EXPECT_EQ(checkOnly(), kPluginMemoryError);
-    EXPECT_TRUE(host.rings().empty());
-    EXPECT_EQ(host.controlHeader()->flareRingCount, 0);
-    EXPECT_LE(host.pluginHeader()->flareDataSize, host.plugin().size());
 }
 
 TEST_F(PluginDataTest, GrowAllocationFailurePassesThrough)

@@ -476,24 +476,6 @@ TEST_F(RenderTest, BandStartingInsideADiagonalStreakLagsOneStep)
 // Progress and cancel
 // ---------------------------------------------------------------------------
 
-TEST_F(RenderTest, SketchReportsEveryElement)
-{
-    ASSERT_NO_FATAL_FAILURE(startStyle(host, 1));
-    host.clearLog();
-    renderFrame(host, 8);
-    const auto rings = static_cast<std::int32_t>(host.rings().size());
-    const auto& reports = host.statusReports();
-    ASSERT_EQ(reports.size(), static_cast<std::size_t>(rings + 2));
-    for (std::size_t i = 0; i < reports.size(); ++i) {
-        const auto done = static_cast<std::int32_t>(std::min<std::size_t>(i, static_cast<std::size_t>(rings)));
-        EXPECT_EQ(reports[i].info, "Sketching Flare");
-        EXPECT_EQ(reports[i].unit, "Element");
-        EXPECT_EQ(reports[i].maximum, rings);
-        EXPECT_EQ(reports[i].value, done) << i;
-    }
-    EXPECT_EQ(reports.back().position, 1.0f);
-}
-
 struct CancelCase {
     std::int16_t depth;
     int cancelAt;  // the report (counted from 0) that the host answers with a cancel

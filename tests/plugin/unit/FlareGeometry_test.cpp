@@ -86,19 +86,6 @@ INSTANTIATE_TEST_SUITE_P(
         RingLayoutCase{"TallRotated", true, 0.5, 30.0, 10, 20, {55, 30, 95, 70}, 65536, 32768, 10}),
     [](const ::testing::TestParamInfo<RingLayoutCase>& info) { return std::string(info.param.name); });
 
-TEST(FlareGeometry, RingMissingTheFrameGetsEmptyBoxAndNoRamp)
-{
-    FlareTestBlock block;
-    block.SetLight(1000, 1000, 50, 50, 10);
-    RingElement* r = block.AddRing(kRingReflection, 1.0f, 2.0f, kFade);
-    int32_t elementEnd = block.data()->flareElementSize;
-    ASSERT_EQ(block.Layout(), 0);
-    ExpectRect(r->ringRect, {0, 0, 0, 0});
-    EXPECT_EQ(+r->ringFlareColors, 0);
-    EXPECT_EQ(+r->ringFlareColorBase, 0);
-    EXPECT_EQ(+block.data()->flareDataSize, elementEnd);
-}
-
 /* Each kind has its own switch; turning one off leaves the others drawn. */
 struct KindSwitchCase {
     int bit;
@@ -129,17 +116,6 @@ INSTANTIATE_TEST_SUITE_P(FlareGeometry, KindSwitchTest,
                                            KindSwitchCase{kFlagNoOuterGlow, kRingOuterGlow},
                                            KindSwitchCase{kFlagNoHalo, kRingHalo},
                                            KindSwitchCase{kFlagNoRings, kRingReflection}));
-
-TEST(FlareGeometry, RingSwitchedOffByItsMode)
-{
-    FlareTestBlock block;
-    block.SetLight(50, 50, 50, 50, 10);
-    RingElement* r = block.AddRing(kRingHalo, 1.0f, 1.0f, kFade);
-    r->ringMode = kElementOffMode;
-    ASSERT_EQ(block.Layout(), 0);
-    EXPECT_EQ(+r->ringFlareColors, 0);
-    ExpectRect(r->ringRect, {0, 0, 0, 0});
-}
 
 /* Only the glows follow the light's size, and only when it is not 0 and
    its flag does not turn it off. */
@@ -251,30 +227,5 @@ INSTANTIATE_TEST_SUITE_P(
         StreakCase{"Rotated90", FLARE_FLAG(kFlagNoLightSize), 1.0, 90.0, 20, 0, 1},
         StreakCase{"StreaksOff", FLARE_FLAG(kFlagNoLightSize) | FLARE_FLAG(kFlagNoStreaks), 1.0, 0.0, 0, 0, 0}),
     [](const ::testing::TestParamInfo<StreakCase>& info) { return std::string(info.param.name); });
-
-TEST(FlareGeometry, StreakOutlineBox)
-{
-    FlareTestBlock block;
-    block.SetLight(50, 50, 50, 50, 10);
-    block.control.flareFlags = FLARE_FLAG(kFlagNoLightSize);
-    StreakElement* s = block.AddStreak(1.0f, 1.0f, 0.0f, 0.0f, 2.0f, kFade);
-    ASSERT_EQ(block.Layout(), 0);
-    /* The band runs from 1.5 before the origin to one pixel plus 1.5 past
-       the outer extent, 3 pixels wide: rows 49..51, columns 49..72. */
-    ExpectRect(s->streakRect, {49, 49, 73, 52});
-}
-
-TEST(FlareGeometry, FlareScaleIsTheFirstOriginGlow)
-{
-    FlareTestBlock block;
-    block.SetLight(50, 50, 50, 50, 10);
-    block.data()->flareYScale = 8.0;
-    EXPECT_EQ(CalcFlareScale(&block.control, block.data()), 0.0);
-    block.AddRing(kRingHalo, 1.0f, 3.0f, kFade);
-    EXPECT_EQ(CalcFlareScale(&block.control, block.data()), 0.0);
-    block.AddRing(kRingOriginGlow, 1.0f, 0.5f, kFade);
-    block.AddRing(kRingOriginGlow, 1.0f, 0.9f, kFade);
-    EXPECT_DOUBLE_EQ(CalcFlareScale(&block.control, block.data()), 4.0);
-}
 
 }  // namespace
