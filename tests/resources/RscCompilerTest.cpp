@@ -150,18 +150,6 @@ TEST(RscCompiler, StoresTheRecordsByteForByte)
     EXPECT_EQ(korvane::be::readS32(*file.get(kRING, 12), 40), 400);  // the halo's own units
 }
 
-TEST(RscCompiler, StyleMenuListsTheStylesInNumberOrder)
-{
-    const ResourceFile file =
-        compileToFile({{"d.json", kDialog}, {"b.json", secondStyle()}, {"a.json", kLooseStyle}});
-    const auto dialog = korvane::decodeDialogTemplate(*file.get(korvane::kDialogResType, 100));
-    ASSERT_EQ(dialog.items.size(), 3u);
-    EXPECT_TRUE(dialog.items[0].menuFromStyles);
-    EXPECT_EQ(dialog.items[0].menu, (std::vector<std::string>{"Test Flare", "Second"}));
-    EXPECT_EQ(dialog.items[1].editFilter, 4);
-    EXPECT_EQ(dialog.items[2].role, korvane::DialogRole::accept);
-}
-
 // ---------------------------------------------------------------------------
 // Mistakes in one style source
 

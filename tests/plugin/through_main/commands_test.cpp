@@ -155,19 +155,5 @@ TEST_F(CommandsTest, CommandsThatNeedTheHostProcedureRefuseWithoutIt)
     EXPECT_EQ(host.finish(), kPluginNoError);
 }
 
-TEST_F(CommandsTest, PendingCommandsAnswerTwo)
-{
-    writeStandardStyle();
-    PluginInterfaceRec face{};
-    PluginInitializeChannelRec channels{};
-    PluginFinishChannelRec finish{};
-    PluginLoadChannelRec load{};
-    EXPECT_EQ(host.call(kCmdInterface, face), kPluginUnsupported);
-    EXPECT_EQ(host.call(kCmdInitChannel, channels), kPluginUnsupported);
-    EXPECT_EQ(host.call(kCmdUpdateChannel, channels), kPluginUnsupported);
-    EXPECT_EQ(host.call(kCmdFinishChannel, finish), kPluginUnsupported);
-    EXPECT_EQ(host.call(kCmdLoadChannel, load), kPluginUnsupported);
-}
-
 } // namespace
 } // namespace glintwave::testhost

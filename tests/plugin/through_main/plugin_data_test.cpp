@@ -111,39 +111,6 @@ TEST_F(PluginDataTest, ElementsAreReReadOnlyWhenTheBlockSizeChanged)
     }
 }
 
-TEST_F(PluginDataTest, BrokenHeadersStartAgainFromDefaults)
-{
-    writeStandardStyle();
-    const std::int32_t header = static_cast<std::int32_t>(sizeof(PluginDataRec));
-    struct Case {
-        const char* name;
-        std::int32_t elementSize;
-        std::int32_t dataSize;
-        double keptScale;  // 1.0: the header started again from its defaults
-    };
-    const Case cases[] = {
-        {"element size below the header", header - 1, header + 400, 1.0},
-        {"data size below the element size", header + 200, header + 100, 1.0},
-        {"negative sizes", -5, -1, 1.0},
-        // A consistent header that claims more than the block holds is kept,
-        // but its elements are read again.
-        {"data size beyond the block", header + 200, 1 << 30, 77.0},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        ASSERT_EQ(host.init(), kPluginNoError);
-        FrameSetup frame;
-        frame.xScale = 77.0;
-        ASSERT_EQ(host.setup(frame), kPluginNoError);
-        host.pluginHeader()->flareElementSize = c.elementSize;
-        host.pluginHeader()->flareDataSize = c.dataSize;
-        ASSERT_EQ(checkOnly(), kPluginNoError);
-        EXPECT_EQ(host.pluginHeader()->flareXScale, c.keptScale);
-        EXPECT_EQ(host.rings().size(), 3u);
-        EXPECT_EQ(host.plugin().size(), roundUp8(host.pluginHeader()->flareDataSize));
-    }
-}
-
 TEST_F(PluginDataTest, GrowAllocationFailurePassesThrough)
 {
     writeStandardStyle();

@@ -108,43 +108,6 @@ INSTANTIATE_TEST_SUITE_P(
                   {0, 14280, 0}, {0, 10200, 0}, {0, 6120, 0}, {0, 2040, 0}}}),
     [](const ::testing::TestParamInfo<RampCase>& info) { return std::string(info.param.name); });
 
-struct BlackCase {
-    const char* name;
-    uint32_t light;
-    FlareColor tint;
-    double intensity;
-};
-
-class BlackRampTest : public ::testing::TestWithParam<BlackCase> {};
-
-TEST_P(BlackRampTest, ReturnsFalseWithoutWriting)
-{
-    const BlackCase& c = GetParam();
-    FlareTestBlock block(4096);
-    SetLight(block.data(), c.light);
-    ElementColor stops[2] = {MakeStop({0.0f, F, F, F}), MakeStop({1.0f, F, F, F})};
-    std::vector<FlareColor> table(6, FlareColor{0xBEEF, 0xBEEF, 0xBEEF});
-
-    EXPECT_FALSE(CalcRGBColors(block.data(), 4, c.intensity, 1.0, false, &c.tint, 2, 4, stops, table.data()));
-    for (const FlareColor& e : table)
-        EXPECT_EQ(e.red, 0xBEEF);
-}
-
-INSTANTIATE_TEST_SUITE_P(ColorModel, BlackRampTest,
-                         ::testing::Values(BlackCase{"BlackLight", 0xFF000000, kWhiteTint, 1.0},
-                                           BlackCase{"ZeroTint", 0xFFFFFFFF, FlareColor{0, 0, 0}, 1.0},
-                                           BlackCase{"ZeroIntensity", 0xFFFFFFFF, kWhiteTint, 0.0},
-                                           BlackCase{"NegativeIntensity", 0xFFFFFFFF, kWhiteTint, -1.0}),
-                         [](const ::testing::TestParamInfo<BlackCase>& info) { return std::string(info.param.name); });
-
-TEST(ColorModel, AllBlackEntriesReportNothingToDraw)
-{
-    FlareTestBlock block(4096);
-    ElementColor stops[2] = {MakeStop({0.0f, 0, 0, 0}), MakeStop({1.0f, 0, 0, 0})};
-    std::vector<FlareColor> table(5);
-    EXPECT_FALSE(CalcRGBColors(block.data(), 4, 1.0, 1.0, false, &kWhiteTint, 2, 4, stops, table.data()));
-}
-
 TEST(ColorModel, AddColorIntegratesTheBlend)
 {
     /* Over [0.25, 0.75] between 1000 at 0 and 3000 at 1: width 0.5, blend at

@@ -1,6 +1,5 @@
 /*
- * Whole flares: the row loop, its progress reports and cancel, the choice
- * of painter by depth, and pinned renders of a synthetic style.
+ * Pinned renders of a synthetic style at every depth.
  *
  * The pinned checksums were taken after looking at the frames: set
  * GLINTWAVE_RENDER_DUMP to a folder and the tests write each frame there as
@@ -57,52 +56,6 @@ void DumpImage(TestImage& image, const std::string& name)
     }
     fclose(f);
 }
-
-/* One ring covering the whole image with a flat ramp. */
-void AddCoveringRing(FlareTestBlock& block, int32_t width, int32_t height)
-{
-    RingElement* r = block.AddRing(kRingReflection, 0, 0, {});
-    std::vector<FlareColor> ramp(200, FlareColor{3200, 3200, 3200});
-    ramp.push_back(FlareColor{0, 0, 0});
-    block.SetRingPaint(r, width / 2.0f, height / 2.0f, 65536.0f, 65536.0f, ramp);
-}
-
-int gReference;
-
-struct CancelCase {
-    const char* name;
-    std::vector<int32_t> replies;
-    int rowsPainted;
-    size_t requests;
-};
-
-class GenerateCancelTest : public ::testing::TestWithParam<CancelCase> {};
-
-TEST_P(GenerateCancelTest, StopsBeforeTheNextRow)
-{
-    const CancelCase& c = GetParam();
-    FlareTestBlock block;
-    block.SetFrame(0, 0, 6, 6);
-    TestImage image(6, 6, 32);
-    image.Attach(block.data());
-    AddCoveringRing(block, 6, 6);
-    FakeStatusHost host;
-    host.replies = c.replies;
-    host.Attach(block.data(), &gReference);
-
-    EXPECT_EQ(GenerateFlare(&block.control, block.data(), 32, true), kPluginUserCanceled);
-    EXPECT_EQ(host.reports.size(), c.requests);
-    for (int y = 0; y < 6; ++y)
-        EXPECT_EQ(image.Pixel32(2, y) != 0, y < c.rowsPainted) << y;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    GenerateFlare, GenerateCancelTest,
-    ::testing::Values(CancelCase{"AtTheOpening", {kPluginUserCanceled}, 0, 1},
-                      CancelCase{"AfterTheFirstRow", {0, kPluginUserCanceled}, 1, 2},
-                      CancelCase{"AfterTheSecondRow", {0, 0, kPluginUserCanceled}, 2, 3},
-                      CancelCase{"AtTheClosing", {0, 0, 0, 0, 0, 0, 0, kPluginUserCanceled}, 6, 8}),
-    [](const ::testing::TestParamInfo<CancelCase>& info) { return std::string(info.param.name); });
 
 /* Pinned frames of the synthetic style. */
 struct FrameCase {
