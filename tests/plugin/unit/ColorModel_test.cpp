@@ -85,6 +85,9 @@ INSTANTIATE_TEST_SUITE_P(
         RampCase{"ContrastDarkensMidTones", {{0.0f, 8160, 8160, 8160}, {1.0f, 8160, 8160, 8160}}, 4, 1, 2.0, false,
                  0xFFFFFFFF, kWhiteTint,
                  {{4080, 4080, 4080}, {4080, 4080, 4080}, {4080, 4080, 4080}, {4080, 4080, 4080}}},
+        /* 16320 * (8000 / 16320)^2 = 3921.57: truncated, not rounded. */
+        RampCase{"ContrastTruncates", {{0.0f, 8000, 8000, 8000}, {1.0f, 8000, 8000, 8000}}, 2, 1, 2.0, false,
+                 0xFFFFFFFF, kWhiteTint, {{3921, 3921, 3921}, {3921, 3921, 3921}}},
         RampCase{"LinearKeepsMidTones", {{0.0f, 8160, 8160, 8160}, {1.0f, 8160, 8160, 8160}}, 4, 1, 1.0, false,
                  0xFFFFFFFF, kWhiteTint,
                  {{8160, 8160, 8160}, {8160, 8160, 8160}, {8160, 8160, 8160}, {8160, 8160, 8160}}},
