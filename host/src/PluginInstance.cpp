@@ -353,9 +353,16 @@ std::int32_t PluginInstance::hostProcedure(std::uint32_t selector, std::int32_t 
 
 std::int32_t PluginInstance::answer(std::uint32_t selector, std::int32_t size, void* record)
 {
-    if (options_.onRequest)
-        if (const std::optional<std::int32_t> given = options_.onRequest(selector, size, record))
-            return *given;
+    if (options_.onRequest) {
+        // Nothing may be thrown through the plug-in: a failing hook refuses
+        // the request.
+        try {
+            if (const std::optional<std::int32_t> given = options_.onRequest(selector, size, record))
+                return *given;
+        } catch (...) {
+            return kPluginIncompatible;
+        }
+    }
     if (static_cast<std::size_t>(size) < recordSizeOf(selector))
         return kPluginIncompatible;
     switch (selector) {

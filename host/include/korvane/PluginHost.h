@@ -104,8 +104,10 @@ private:
     PluginMain main_ = nullptr;
 };
 
-// Sees a request before the host answers it: a value returned is the
-// request's answer and the host does nothing more; nullopt lets it answer.
+// Sees a request before the host answers it (its record may be shorter than
+// the request's type): a value returned is the request's answer and the host
+// does nothing more; nullopt lets it answer. A hook that throws refuses the
+// request with 3.
 using RequestHook = std::function<std::optional<std::int32_t>(std::uint32_t selector, std::int32_t size,
                                                               void* record)>;
 
