@@ -28,3 +28,6 @@ m32=(-m32 -msse2 -mfpmath=sse)
   -DCMAKE_CXX_FLAGS="${m32[*]}" -DCMAKE_C_FLAGS="${m32[*]}" -DCMAKE_EXE_LINKER_FLAGS=-m32 \
   -DCMAKE_SHARED_LINKER_FLAGS=-m32 -DCMAKE_MODULE_LINKER_FLAGS=-m32
 run_tests "$root/build-32"
+
+echo "== fuzzing harnesses (clang, briefly: each corpus and a bounded number of new inputs)"
+"$root/scripts/fuzz.sh"

@@ -183,7 +183,7 @@ PluginInfoRec PluginInstance::infoRecord()
     info.theControlDataSize = control_.size();
     info.thePluginData = plugin_.data();
     info.thePluginDataSize = plugin_.size();
-    info.theHostProc = &PluginInstance::hostProcedure;
+    info.theHostProc = options_.offerHostProcedure ? &PluginInstance::hostProcedure : nullptr;
     info.theHostReference = this;
     return info;
 }
@@ -362,11 +362,14 @@ std::int32_t PluginInstance::hostProcedure(std::uint32_t selector, std::int32_t 
 
 std::int32_t PluginInstance::answer(std::uint32_t selector, std::int32_t size, void* record)
 {
-    if (observer_) {
-        // Nothing may be thrown through the plug-in.
+    if (options_.onRequest) {
+        // Nothing may be thrown through the plug-in: a failing hook refuses
+        // the request.
         try {
-            observer_(selector);
+            if (const std::optional<std::int32_t> given = options_.onRequest(selector, size, record))
+                return *given;
         } catch (...) {
+            return kPluginIncompatible;
         }
     }
     if (static_cast<std::size_t>(size) < recordSizeOf(selector))

@@ -166,33 +166,6 @@ TEST_F(HostProcedure, MovingModeMovesOnEveryRequestAndPoisonsNothingKept)
     EXPECT_NE(plugin[64], 0x00);  // grown bytes are marked, not cleared
 }
 
-TEST_F(HostProcedure, MallocAndFree)
-{
-    make();
-    HostMemMallocRec first{nullptr, 100, nullptr};
-    ASSERT_EQ(request(kHostMemMalloc, first), 0);
-    ASSERT_NE(unpacked(first.thePtr), nullptr);
-    std::memset(first.thePtr, 1, 100);
-
-    HostMemMallocRec tooBig{nullptr, static_cast<std::uint32_t>(kBudget) + 1, nullptr};
-    EXPECT_EQ(request(kHostMemMalloc, tooBig), 1);
-    EXPECT_EQ(unpacked(tooBig.thePtr), nullptr);
-
-    int notOurs = 0;
-    HostMemFreeRec stray{nullptr, &notOurs};
-    EXPECT_EQ(request(kHostMemFree, stray), 3);
-    HostMemFreeRec none{nullptr, nullptr};
-    EXPECT_EQ(request(kHostMemFree, none), 0);
-    HostMemFreeRec release{nullptr, first.thePtr};
-    EXPECT_EQ(request(kHostMemFree, release), 0);
-    EXPECT_EQ(request(kHostMemFree, release), 3);  // not twice
-
-    // What the plug-in leaves behind goes with the instance.
-    HostMemMallocRec leftover{nullptr, 0, nullptr};
-    ASSERT_EQ(request(kHostMemMalloc, leftover), 0);
-    EXPECT_NE(unpacked(leftover.thePtr), nullptr);
-}
-
 void setPascal(unsigned char* destination, const char* text)
 {
     destination[0] = static_cast<unsigned char>(std::strlen(text));

@@ -71,61 +71,6 @@ TEST(MinimalPlugin, InfoIsDecodedToUtf8)
     EXPECT_EQ(info.permission, 7u);
 }
 
-TEST(MinimalPlugin, CheckAnswersAsThePluginDoes)
-{
-    PluginLibrary library(MINIMAL_PLUGIN_PATH);
-    PluginInstance instance(library);
-    const std::pair<std::uint32_t, std::int32_t> cases[] = {
-        {kCmdInformation, 0}, {kCmdCheck, 0}, {kCmdInitialize, 0}, {kCmdFlareGenerate, 3}, {0x00000000u, 3}};
-    for (const auto& [command, expected] : cases)
-        EXPECT_EQ(instance.check(command), expected) << korvane::commandName(command);
-}
-
-struct InitCase {
-    const char* label;
-    std::int32_t budget;
-    bool moveBlocks;
-    std::int32_t expectedPluginSize;
-};
-
-class MinimalInit : public testing::TestWithParam<InitCase> {};
-
-// The plug-in asks 'FREE' and one 'ALOC' and writes into what it was given:
-// the host's blocks must hold exactly that afterwards, moved or not.
-TEST_P(MinimalInit, BlocksHoldWhatThePluginWrote)
-{
-    const InitCase& c = GetParam();
-    PluginLibrary library(MINIMAL_PLUGIN_PATH);
-    korvane::HostOptions options;
-    options.freeBudget = c.budget;
-    options.moveBlocks = c.moveBlocks;
-    PluginInstance instance(library, options);
-
-    for (int round = 0; round < 2; ++round) {
-        ASSERT_EQ(instance.init(), kPluginNoError);
-        const auto control = instance.controlData();
-        ASSERT_EQ(control.size(), 16u);
-        EXPECT_EQ(std::memcmp(control.data(), "MINI", 4), 0);
-        for (std::size_t i = 4; i < control.size(); ++i)
-            EXPECT_EQ(control[i], i);
-
-        const auto plugin = instance.pluginData();
-        ASSERT_EQ(plugin.size(), static_cast<std::size_t>(c.expectedPluginSize));
-        std::int32_t offered = 0;
-        std::memcpy(&offered, plugin.data(), 4);
-        EXPECT_EQ(offered, c.budget);
-        for (std::size_t i = 4; i < plugin.size(); ++i)
-            ASSERT_EQ(plugin[i], i & 0xFF) << "byte " << i;
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Host, MinimalInit,
-                         testing::Values(InitCase{"defaultBudget", 64 * 1024 * 1024, false, 4096},
-                                         InitCase{"defaultBudgetMoving", 64 * 1024 * 1024, true, 4096},
-                                         InitCase{"smallBudget", 1000, false, 1000},
-                                         InitCase{"smallBudgetMoving", 1000, true, 1000}),
-                         [](const auto& info) { return std::string(info.param.label); });
-
 TEST(MinimalPlugin, FailureMessagesNameFileCommandAndCode)
 {
     PluginLibrary library(MINIMAL_PLUGIN_PATH);

@@ -54,14 +54,15 @@ DialogRun runDialog(PluginInstance& instance, const std::vector<std::string>& ed
     WatchedRunner runner(parsed, ending);
     korvane::DialogRunnerScope scope(runner);
     DialogRun run;
-    instance.setRequestObserver([&](std::uint32_t selector) {
+    instance.options().onRequest = [&](std::uint32_t selector, std::int32_t, void*) -> std::optional<std::int32_t> {
         if (runner.editing)
             run.duringEdits.push_back(selector);
         else if (runner.script.ran())
             run.afterwards.push_back(selector);
-    });
+        return std::nullopt;
+    };
     run.result = instance.interface();
-    instance.setRequestObserver(nullptr);
+    instance.options().onRequest = nullptr;
     EXPECT_EQ(runner.script.error(), "");
     run.preview = runner.script.preview();
     return run;

@@ -64,37 +64,6 @@ TEST(LRect, SetAndWrappingEdges)
     EXPECT_EQ(narrow.right, static_cast<int16_t>(70000 & 0xFFFF));
 }
 
-TEST(LRect, InsetAndOutsetZeroOnlyExactlyEmptyResults)
-{
-    struct Case {
-        R r;
-        int32_t x, y;
-        bool outset;
-        R want;
-    };
-    const Case cases[] = {
-        {{0, 0, 10, 10}, 1, 2, false, {1, 2, 9, 8}},
-        {{0, 0, 2, 10}, 1, 1, false, {0, 0, 0, 0}},  // 2 wide, inset by 1
-        {{0, 0, 10, 4}, 0, 2, false, {0, 0, 0, 0}},
-        {{0, 0, 2, 10}, 2, 0, false, {2, 0, 0, 10}},  // -2 wide: not exactly 0
-        {{0, 0, 10, 10}, 3, 1, true, {-3, -1, 13, 11}},
-        {{5, 5, 9, 9}, -2, -2, true, {0, 0, 0, 0}},
-        {{INT32_MIN, 0, 0, 4}, 1, 0, true, {INT32_MAX, 0, 1, 4}},
-    };
-    for (const Case& c : cases) {
-        L_Rect r = Make(c.r);
-        if (c.outset) {
-            OutsetLRect(&r, c.x, c.y);
-        } else {
-            InsetLRect(&r, c.x, c.y);
-        }
-        ExpectRect(r, c.want,
-                   static_cast<uint32_t>(c.want.right) - static_cast<uint32_t>(c.want.left),
-                   static_cast<uint32_t>(c.want.bottom) - static_cast<uint32_t>(c.want.top),
-                   c.outset ? "outset" : "inset");
-    }
-}
-
 struct PairCase {
     R a;
     R b;
@@ -138,29 +107,5 @@ TEST_P(RectPair, SectAndUnion)
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, RectPair, ::testing::ValuesIn(kPairs));
-
-TEST(LRect, UnionJudgesEmptinessByTheEdges)
-{
-    const L_Rect full = Make({1, 2, 5, 7});
-    // Empty by edges although its stored width and height say otherwise:
-    // the other source is copied with all six fields.
-    L_Rect flat = Make({0, 0, 10, 10});
-    flat.right = 0;
-    L_Rect dst;
-    UnionLRect(&flat, &full, &dst);
-    ExpectRect(dst, {1, 2, 5, 7}, "copy of b");
-    UnionLRect(&full, &flat, &dst);
-    ExpectRect(dst, {1, 2, 5, 7}, "copy of a");
-
-    // A stale stored width travels with the copy.
-    L_Rect stale = full;
-    stale.width = 1234;
-    UnionLRect(&flat, &stale, &dst);
-    EXPECT_EQ(dst.width, 1234u);
-
-    const L_Rect inverted = Make({10, 10, 5, 5});
-    UnionLRect(&flat, &inverted, &dst);
-    ExpectRect(dst, {0, 0, 0, 0}, "both empty");
-}
 
 }  // namespace

@@ -9,7 +9,7 @@ if(PLUGIN_HOST_TEST_SOURCES AND TARGET Glintwave AND TARGET korvane_toolbox)
     ${CMAKE_CURRENT_SOURCE_DIR}/testhost/FlareTable.cpp)
   target_include_directories(glintwave_testhost PUBLIC
     ${CMAKE_CURRENT_SOURCE_DIR}/testhost ${PROJECT_SOURCE_DIR}/glintwave)
-  target_link_libraries(glintwave_testhost PUBLIC kvkit_headers korvane_resources ${CMAKE_DL_LIBS})
+  target_link_libraries(glintwave_testhost PUBLIC kvkit_headers korvane_host)
   # korvane_toolbox's headers; its objects go into the executable itself.
   target_include_directories(glintwave_testhost PUBLIC
     $<TARGET_PROPERTY:korvane_toolbox,INTERFACE_INCLUDE_DIRECTORIES>)

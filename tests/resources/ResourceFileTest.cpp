@@ -48,39 +48,6 @@ TEST(ResourceFile, ReadsBackWhatWasWritten)
     EXPECT_TRUE(file.ids(0x43434343).empty());
 }
 
-TEST(ResourceFile, GetHandsOutAFreshCopyEveryTime)
-{
-    const ResourceFile file = ResourceFile::parse(sampleFile(), "sample.rsc");
-    auto first = file.get(kTypeA, 1);
-    (*first)[0] = 0xEE;
-    EXPECT_EQ(file.get(kTypeA, 1), (Bytes{1, 2, 3, 4}));
-}
-
-TEST(ResourceFile, WriterOutputDoesNotDependOnTheOrderOfAdding)
-{
-    ResourceFileWriter reversed;
-    reversed.add(kTypeA, -5, "two", {5});
-    reversed.add(kTypeB, 8, "", {});
-    reversed.add(kTypeA, 1, "one", {1, 2, 3, 4});
-    reversed.add(kTypeB, 7, "", {9, 8, 7});
-    EXPECT_EQ(reversed.bytes(), sampleFile());
-}
-
-TEST(ResourceFile, EmptyFileHasNoTypes)
-{
-    const ResourceFile file = ResourceFile::parse(ResourceFileWriter().bytes(), "empty.rsc");
-    EXPECT_TRUE(file.types().empty());
-}
-
-TEST(ResourceFile, WriterRefusesDuplicatesAndLongNames)
-{
-    ResourceFileWriter writer;
-    writer.add(kTypeA, 1, "", {});
-    EXPECT_THROW(writer.add(kTypeA, 1, "", {}), ResourceError);
-    EXPECT_THROW(writer.add(kTypeA, 2, std::string(256, 'x'), {}), ResourceError);
-    EXPECT_NO_THROW(writer.add(kTypeB, 1, std::string(255, 'x'), {}));
-}
-
 // Where the parts of the sample file lie, read from the file itself.
 struct Layout {
     Bytes& bytes;
@@ -154,67 +121,6 @@ const Corruption kCorruptions[] = {
 
 INSTANTIATE_TEST_SUITE_P(Damage, CorruptFile, ::testing::ValuesIn(kCorruptions),
                          [](const auto& info) { return std::string(info.param.name); });
-
-TEST(ResourceFile, EveryTruncationIsRefused)
-{
-    const Bytes whole = sampleFile();
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
-        EXPECT_THROW(ResourceFile::parse(part, "cut.rsc"), ResourceError) << size;
-    }
-}
-
-// Whatever a single damaged byte of the header or map says, parsing either
-// succeeds with every resource readable or refuses the file; nothing else.
-TEST(ResourceFile, SingleByteDamageNeverEscapesTheChecks)
-{
-    const Bytes whole = sampleFile();
-    const std::size_t map = korvane::be::readU32(whole, 4);
-    std::vector<std::size_t> positions;
-    for (std::size_t i = 0; i < 16; ++i)
-        positions.push_back(i);
-    for (std::size_t i = map; i < whole.size(); ++i)
-        positions.push_back(i);
-    for (const std::size_t at : positions) {
-        for (const std::uint8_t value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
-            Bytes bytes = whole;
-            bytes[at] = value;
-            try {
-                const ResourceFile file = ResourceFile::parse(bytes, "x.rsc");
-                for (const auto type : file.types()) {
-                    for (const auto id : file.ids(type))
-                        EXPECT_TRUE(file.get(type, id).has_value());
-                }
-            } catch (const ResourceError&) {
-            }
-        }
-    }
-}
-
-TEST(ResourceFile, LoadNamesAMissingFile)
-{
-    try {
-        ResourceFile::load("/nonexistent/folder/Missing.rsc");
-        FAIL();
-    } catch (const ResourceError& e) {
-        EXPECT_NE(std::string(e.what()).find("Missing.rsc: cannot open"), std::string::npos) << e.what();
-    }
-}
-
-TEST(FourCC, TextRoundTrips)
-{
-    const struct {
-        std::uint32_t code;
-        const char* text;
-    } cases[] = {{0x464C4152, "FLAR"}, {0x4B444C47, "KDLG"}, {0x61622063, "ab c"},
-                 {0x00000001, "0x00000001"}, {0x52494E7F, "0x52494E7F"}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(korvane::fourCCText(c.code), c.text);
-        EXPECT_EQ(korvane::fourCCFromText(c.text), c.code) << c.text;
-    }
-    for (const char* bad : {"", "ABC", "ABCDE", "0x1234567", "0xZZZZZZZZ"})
-        EXPECT_THROW(korvane::fourCCFromText(bad), ResourceError) << bad;
-}
 
 TEST(MacRoman, EveryByteRoundTripsThroughUtf8)
 {

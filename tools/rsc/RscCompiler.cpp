@@ -51,7 +51,8 @@ void parseSource(const SourceText& source, Collection& into)
     Json document;
     try {
         document = Json::parse(source.text);
-    } catch (const Json::parse_error& e) {
+    } catch (const Json::exception& e) {
+        // Not only syntax: a number too large for any type fails here too.
         failIn(source.fileName, std::string("not valid JSON: ") + e.what());
     }
     try {

@@ -26,6 +26,8 @@
 //   'ACHN'/'GCHN'/'SCHN'/'RCHN'  the instance's channels (ChannelStore.h).
 //   anything else: 2, not offered.
 // A record smaller than its request's type answers 3.
+// HostOptions::onRequest sees every request first and may answer it itself
+// (tests use it for canned answers and to log what was asked).
 //
 // Typed calls fill the command records; each returns the plug-in's result
 // code. describe() turns a code into the plug-in's own text ('DESC'), and
@@ -42,6 +44,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -85,6 +88,9 @@ public:
 
     const std::filesystem::path& file() const { return file_; }
     const std::filesystem::path& homeDirectory() const { return home_; }
+    // Where the plug-in looks for its resources; the file's folder unless
+    // the host keeps them elsewhere.
+    void setHomeDirectory(std::filesystem::path home) { home_ = std::move(home); }
     // The file name alone ("Glintwave.so"), for messages.
     std::string displayName() const { return file_.filename().string(); }
 
@@ -99,10 +105,19 @@ private:
     PluginMain main_ = nullptr;
 };
 
+// Sees a request before the host answers it (its record may be shorter than
+// the request's type): a value returned is the request's answer and the host
+// does nothing more; nullopt lets it answer. A hook that throws refuses the
+// request with 3.
+using RequestHook = std::function<std::optional<std::int32_t>(std::uint32_t selector, std::int32_t size,
+                                                              void* record)>;
+
 struct HostOptions {
     std::int32_t freeBudget = 64 * 1024 * 1024;  // bytes offered on 'FREE'
     bool moveBlocks = false;                     // 'ALOC' moves both blocks every time
     std::int32_t statusIntervalTicks = 6;        // 0: every report is wanted at once
+    bool offerHostProcedure = true;              // false: theHostProc is null in every call
+    RequestHook onRequest;
 };
 
 // One 'STAT' report, texts in UTF-8.
@@ -117,10 +132,6 @@ struct Progress {
 
 // Returns the answer to the report: 0 goes on, 4 cancels.
 using ProgressCallback = std::function<std::int32_t(const Progress&)>;
-
-// Told the selector of every request the plug-in makes, before it is
-// answered.
-using RequestObserver = std::function<void(std::uint32_t selector)>;
 
 // What 'INFO' answered, texts in UTF-8.
 struct PluginInfo {
@@ -229,13 +240,16 @@ public:
     void require(std::uint32_t command, std::int32_t code);
 
     void setProgressCallback(ProgressCallback callback) { progress_ = std::move(callback); }
-    void setRequestObserver(RequestObserver observer) { observer_ = std::move(observer); }
 
     // The settings block, as a project keeps it. setControlData replaces it
     // (loading a project); the plug-in checks it on its next command.
     std::span<const std::uint8_t> controlData() const;
     void setControlData(std::span<const std::uint8_t> bytes);
     std::span<const std::uint8_t> pluginData() const;
+    // The blocks themselves, for hosts and tests that fill or inspect them
+    // between calls.
+    HostBlock& controlBlock() { return control_; }
+    HostBlock& pluginBlock() { return plugin_; }
 
     // The info record the host puts at the start of every command record.
     PluginInfoRec infoRecord();
@@ -268,7 +282,6 @@ private:
     std::map<void*, std::size_t> mallocs_;
     ChannelStore channels_;
     ProgressCallback progress_;
-    RequestObserver observer_;
     std::string toolboxError_;  // what the toolbox reported during the last call
     bool initialized_ = false;
 };

@@ -1,89 +1,54 @@
-// TestHost.h - a small Korvane host for driving a plug-in through its entry
-// point in tests.
+// TestHost.h - the host library's PluginInstance, set up to drive a plug-in
+// through Main in tests.
 //
-// A TestHost loads the plug-in library (dlopen), keeps the two blocks a host
-// owns for a plug-in (control data and plug-in data) and answers the host
-// requests through one static host procedure, finding its instance through
-// the request's theReference. It is strict where a plug-in slip would
-// otherwise go unnoticed:
+// The host procedure is the host library's own, in its test mode: 'ALOC'
+// moves both blocks on every request and poisons the old memory, so a
+// pointer kept across a request reads garbage (and trips AddressSanitizer),
+// and every 'STAT' report is wanted at once. Through the instance's request
+// hook the test host logs every request and can give canned answers:
 //
-//   'FREE'  offers a configurable budget (64 MiB by default), or an error.
-//   'ALOC'  resizes both blocks and MOVES BOTH on every request to fresh
-//           allocations: the kept bytes are copied, grown bytes are filled
-//           with kFreshByte, and the old memory is overwritten with
-//           kPoisonByte before it is freed, so a pointer kept across a
-//           request reads garbage (and fails loudly under AddressSanitizer).
-//           A request naming other blocks than the current ones is a
-//           protocol error. Can answer an error instead.
-//   'RCHN'  counted; answers a configurable code (0 by default).
-//   'STAT'  every report is recorded; can answer a cancel (4) once a given
-//           number of reports has been made.
-//   'MMAL'/'MFRE'  malloc/free; whatever is left is freed with the host.
-//   'ACHN'/'GCHN'/'SCHN'  handed to HostOptions::channelAnswer when a test
-//           sets one; otherwise 2 (not offered by this host).
-//   anything else: 2.
-// A request record smaller than its type is answered 3 and counted as a
-// protocol error.
+//   'FREE'  offers options.freeBudget, or answers options.freeAnswer.
+//   'ALOC'  logged with its sizes; answers options.allocAnswer (blocks
+//           untouched) when that is set. A request naming other blocks than
+//           the current ones, or a negative size, is a protocol error.
+//   'RCHN'  answers options.resetChannelAnswer when that is set.
+//   'STAT'  logged; answers options.cancelAnswer from report number
+//           options.cancelAfterReports on.
+//   'ACHN'/'GCHN'/'SCHN'  answered by options.channelAnswer when that is set,
+//           otherwise by the host library's channel store.
+// A record smaller than its request's type is a protocol error too.
 //
-// The resource-file toolbox (KV_GetHomeDirectory, KV_OpenResourceFile, ...)
-// is exported by the test executable itself; FlareTable.h builds the flare
-// table files it serves.
+// The resource-file toolbox is exported by the test executable itself; the
+// plug-in reads the flare table of whatever folder the test pointed the
+// toolbox's home at (FlareTable.h builds such folders).
 #pragma once
 
 #include <cstdint>
 #include <functional>
-#include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "GlintwaveRecords.h"
 #include "KVPluginAPI.h"
+#include "korvane/PluginHost.h"
 
 namespace glintwave::testhost {
 
-// Bytes a host block is filled with when it grows, and overwritten with
-// before it is freed.
-inline constexpr std::uint8_t kFreshByte = 0xBE;
-inline constexpr std::uint8_t kPoisonByte = 0xDB;
+using korvane::HostBlock;
 
-// A block of memory the host owns for the plug-in. Size 0 means no memory
-// (a null pointer).
-class HostBlock {
-public:
-    HostBlock() = default;
-    ~HostBlock();
-    HostBlock(const HostBlock&) = delete;
-    HostBlock& operator=(const HostBlock&) = delete;
-
-    std::uint8_t* data() const { return data_; }
-    std::int32_t size() const { return size_; }
-    std::vector<std::uint8_t> bytes() const;
-
-    // Replaces the contents (in a fresh allocation).
-    void assign(const void* bytes, std::int32_t size);
-    void assign(const std::vector<std::uint8_t>& bytes);
-    // A fresh allocation of newSize bytes holding the kept bytes; the old
-    // memory is poisoned and freed.
-    void resize(std::int32_t newSize);
-    void clear() { resize(0); }
-
-private:
-    std::uint8_t* data_ = nullptr;
-    std::int32_t size_ = 0;
-};
-
-// How the host answers.
+// Canned answers of the test host.
 struct HostOptions {
     std::int32_t freeBudget = 64 * 1024 * 1024;  // 'FREE' offer
     std::int32_t freeAnswer = 0;                 // non-zero: 'FREE' answers it
     std::int32_t allocAnswer = 0;                // non-zero: 'ALOC' answers it, blocks untouched
-    std::int32_t allocLimit = 256 * 1024 * 1024; // larger 'ALOC' requests answer 1
-    std::int32_t resetChannelAnswer = 0;         // 'RCHN' answer
+    std::int32_t resetChannelAnswer = 0;         // non-zero: 'RCHN' answers it
     int cancelAfterReports = -1;                 // >= 0: 'STAT' answers cancelAnswer from that report on
     std::int32_t cancelAnswer = 4;
     bool offerHostProc = true;                   // false: theHostProc is null in every call
-    // Answers the channel requests (selector, record size, record).
+    // Set: answers 'ACHN', 'GCHN' and 'SCHN' instead of the host's channel store.
     std::function<std::int32_t(std::uint32_t, std::int32_t, void*)> channelAnswer;
 };
 
@@ -100,12 +65,12 @@ struct StatusReport {
     std::int32_t value = 0;
     std::int32_t minimum = 0;
     std::int32_t maximum = 0;
-    std::int32_t tick = 0;
     std::string unit;
     std::string info;
 };
 
-// Frame and light of one 'SETF'.
+// Frame and light of one 'SETF', written into the record as given (any
+// rectangle, any doubles).
 struct FrameSetup {
     L_Rect frame{0, 0, 120, 160, 160, 120};  // top, left, bottom, right, width, height
     double xScale = 60.0;
@@ -123,31 +88,22 @@ struct FrameSetup {
 
 class TestHost {
 public:
-    // Loads the plug-in library; loaded() tells whether it worked.
     explicit TestHost(const std::string& pluginPath = GLINTWAVE_PLUGIN_PATH);
-    ~TestHost();
-    TestHost(const TestHost&) = delete;
-    TestHost& operator=(const TestHost&) = delete;
 
-    bool loaded() const { return main_ != nullptr; }
+    bool loaded() const { return instance_ != nullptr; }
     const std::string& loadError() const { return loadError_; }
 
     // Calls Main with the record exactly as given.
     std::int32_t callRaw(std::uint32_t command, std::int32_t recordSize, void* record);
-    // Fills the record's leading PluginInfoRec with the host's blocks,
-    // procedure and reference, then calls Main. The record must be at least
-    // sizeof(PluginInfoRec) bytes.
+    // Fills the record's leading PluginInfoRec, then calls Main.
     std::int32_t call(std::uint32_t command, void* record, std::int32_t recordSize);
     template <class Record>
     std::int32_t call(std::uint32_t command, Record& record)
     {
         return call(command, &record, static_cast<std::int32_t>(sizeof(Record)));
     }
-
-    // The info record the host puts at the start of every command record.
     PluginInfoRec infoRecord();
 
-    // The commands, with well-formed records.
     std::int32_t init();
     std::int32_t finish();
     std::int32_t setup(const FrameSetup& frame = FrameSetup{});
@@ -158,10 +114,10 @@ public:
     // Result of 'DESC' and the text it gave.
     std::pair<std::int32_t, std::string> describe(std::int32_t code);
 
-    // The blocks the host keeps for the plug-in; tests may fill or poke them
+    // The blocks the host keeps for the plug-in; tests fill or poke them
     // between calls.
-    HostBlock& control() { return control_; }
-    HostBlock& plugin() { return plugin_; }
+    HostBlock& control() { return instance_->controlBlock(); }
+    HostBlock& plugin() { return instance_->pluginBlock(); }
     // The headers, or null when the block is too small to hold one.
     ControlDataRec* controlHeader();
     PluginDataRec* pluginHeader();
@@ -170,46 +126,40 @@ public:
     std::vector<const RingElement*> rings();
     std::vector<const StreakElement*> streaks();
     // The colour stops stored right behind an element.
-    const ElementColor* stopsOf(const RingElement* ring) const;
-    const ElementColor* stopsOf(const StreakElement* streak) const;
+    static const ElementColor* stopsOf(const RingElement* ring) { return reinterpret_cast<const ElementColor*>(ring + 1); }
+    static const ElementColor* stopsOf(const StreakElement* streak)
+    {
+        return reinterpret_cast<const ElementColor*>(streak + 1);
+    }
 
     HostOptions options;
 
-    // What the plug-in asked of the host.
     int requestCount(std::uint32_t selector) const;
     const std::vector<std::uint32_t>& requests() const { return requests_; }
     const std::vector<AllocationRequest>& allocationRequests() const { return allocationRequests_; }
     const std::vector<StatusReport>& statusReports() const { return statusReports_; }
-    // Requests that broke the protocol (short records, stale blocks).
     const std::vector<std::string>& protocolErrors() const { return protocolErrors_; }
     void clearLog();
 
 private:
-    static std::int32_t hostProcedure(std::uint32_t selector, std::int32_t size, void* record);
-    std::int32_t answer(std::uint32_t selector, std::int32_t size, void* record);
-    std::int32_t answerFree(std::int32_t size, void* record);
-    std::int32_t answerAllocate(std::int32_t size, void* record);
-    std::int32_t answerStatus(std::int32_t size, void* record);
-    std::int32_t answerMalloc(std::int32_t size, void* record);
-    std::int32_t answerFreeMemory(std::int32_t size, void* record);
-    bool holds(std::uint32_t selector, std::int32_t size, std::size_t needed);
+    std::optional<std::int32_t> onRequest(std::uint32_t selector, std::int32_t size, void* record);
 
-    void* library_ = nullptr;
-    using MainProc = std::int32_t (*)(std::uint32_t, std::int32_t, void*);
-    MainProc main_ = nullptr;
+    std::unique_ptr<korvane::PluginLibrary> library_;
+    std::unique_ptr<korvane::PluginInstance> instance_;
     std::string loadError_;
-
-    HostBlock control_;
-    HostBlock plugin_;
-    std::map<void*, std::uint32_t> mallocs_;
-
     std::vector<std::uint32_t> requests_;
     std::vector<AllocationRequest> allocationRequests_;
     std::vector<StatusReport> statusReports_;
     std::vector<std::string> protocolErrors_;
 };
 
-// "FLAR" for 0x464C4152, for messages.
-std::string fourCC(std::uint32_t code);
+// The bytes of a block, as a copy.
+std::vector<std::uint8_t> blockBytes(const HostBlock& block);
+
+// "'FLAR'" for 0x464C4152, for messages.
+inline std::string fourCC(std::uint32_t code)
+{
+    return korvane::commandName(code);
+}
 
 } // namespace glintwave::testhost

@@ -57,8 +57,8 @@ TEST_F(CommandsTest, ShortRecordsAnswerThreeAndChangeNothing)
 {
     writeStandardStyle();
     ASSERT_EQ(host.init(), kPluginNoError);
-    const Bytes control = host.control().bytes();
-    const Bytes plugin = host.plugin().bytes();
+    const Bytes control = blockBytes(host.control());
+    const Bytes plugin = blockBytes(host.plugin());
     host.clearLog();
 
     const SizeCase cases[] = {
@@ -88,8 +88,8 @@ TEST_F(CommandsTest, ShortRecordsAnswerThreeAndChangeNothing)
         }
     }
     EXPECT_TRUE(host.requests().empty());
-    EXPECT_EQ(host.control().bytes(), control);
-    EXPECT_EQ(host.plugin().bytes(), plugin);
+    EXPECT_EQ(blockBytes(host.control()), control);
+    EXPECT_EQ(blockBytes(host.plugin()), plugin);
 }
 
 TEST_F(CommandsTest, InformationFillsEveryField)

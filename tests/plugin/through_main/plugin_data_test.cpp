@@ -48,7 +48,7 @@ TEST_F(PluginDataTest, OffersThatAreTooSmallOrRefusedFail)
     };
     for (const auto& [offer, expected] : offers) {
         SCOPED_TRACE(offer);
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         host.options.freeBudget = offer;
         EXPECT_EQ(host.init(), expected);
     }
@@ -94,13 +94,13 @@ TEST_F(PluginDataTest, ElementsAreReReadOnlyWhenTheBlockSizeChanged)
     };
     for (const Case c : {Case{0, false}, Case{8, true}, Case{-8, true}}) {
         SCOPED_TRACE(c.extra);
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         ASSERT_EQ(host.init(), kPluginNoError);
         PluginDataRec* data = host.pluginHeader();
         // An odd flareDataSize that rounds up to the next multiple of 8.
         const std::int32_t dataSize = roundUp8(data->flareDataSize) + 1;
         data->flareDataSize = dataSize;
-        host.plugin().resize(roundUp8(dataSize) + c.extra);
+        host.plugin().resize(roundUp8(dataSize) + c.extra, true);
 
         auto* ring = const_cast<RingElement*>(host.rings().at(0));
         ring->ringName[1] = 'Z';
@@ -109,80 +109,6 @@ TEST_F(PluginDataTest, ElementsAreReReadOnlyWhenTheBlockSizeChanged)
         ASSERT_FALSE(host.rings().empty());
         EXPECT_EQ(host.rings()[0]->ringName[1], c.reread ? 'O' : 'Z');  // "Origin Glow"
     }
-}
-
-TEST_F(PluginDataTest, SettledBlockAsksNothing)
-{
-    writeStandardStyle();
-    ASSERT_EQ(host.init(), kPluginNoError);
-    // The first command after loading sizes the settings for the rings read.
-    host.clearLog();
-    EXPECT_EQ(checkOnly(), kPluginNoError);
-    EXPECT_EQ(host.requests(), std::vector<std::uint32_t>{kHostAllocate});
-    EXPECT_EQ(host.control().size(), 128 + 3 * 24);
-    // 'GENF' checks the data first; with nothing stale there is nothing to ask.
-    const Bytes plugin = host.plugin().bytes();
-    host.clearLog();
-    EXPECT_EQ(checkOnly(), kPluginNoError);
-    EXPECT_TRUE(host.requests().empty());
-    EXPECT_EQ(host.plugin().bytes(), plugin);
-}
-
-TEST_F(PluginDataTest, InitAlwaysReReads)
-{
-    writeStandardStyle();
-    ASSERT_EQ(host.init(), kPluginNoError);
-    const_cast<RingElement*>(host.rings().at(1))->ringName[1] = 'Z';
-    ASSERT_EQ(host.init(), kPluginNoError);
-    EXPECT_EQ(host.rings().at(1)->ringName[1], 'H');  // "Halo"
-}
-
-TEST_F(PluginDataTest, BrokenHeadersStartAgainFromDefaults)
-{
-    writeStandardStyle();
-    const std::int32_t header = static_cast<std::int32_t>(sizeof(PluginDataRec));
-    struct Case {
-        const char* name;
-        std::int32_t elementSize;
-        std::int32_t dataSize;
-        double keptScale;  // 1.0: the header started again from its defaults
-    };
-    const Case cases[] = {
-        {"element size below the header", header - 1, header + 400, 1.0},
-        {"data size below the element size", header + 200, header + 100, 1.0},
-        {"negative sizes", -5, -1, 1.0},
-        // A consistent header that claims more than the block holds is kept,
-        // but its elements are read again.
-        {"data size beyond the block", header + 200, 1 << 30, 77.0},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        ASSERT_EQ(host.init(), kPluginNoError);
-        FrameSetup frame;
-        frame.xScale = 77.0;
-        ASSERT_EQ(host.setup(frame), kPluginNoError);
-        host.pluginHeader()->flareElementSize = c.elementSize;
-        host.pluginHeader()->flareDataSize = c.dataSize;
-        ASSERT_EQ(checkOnly(), kPluginNoError);
-        EXPECT_EQ(host.pluginHeader()->flareXScale, c.keptScale);
-        EXPECT_EQ(host.rings().size(), 3u);
-        EXPECT_EQ(host.plugin().size(), roundUp8(host.pluginHeader()->flareDataSize));
-    }
-}
-
-// Recomputing the colours asks the host for memory again; an offer smaller
-// than the loaded elements cuts them off, so they are read again into what
-// there is (here: no room for a single ring).
-TEST_F(PluginDataTest, SmallerOfferThanTheElementsReadsThemAgain)
-{
-    writeStandardStyle();
-    ASSERT_EQ(host.init(), kPluginNoError);
-    host.pluginHeader()->flareReset = 1;
-    host.options.freeBudget = static_cast<std::int32_t>(sizeof(PluginDataRec) + 100);
-    EXPECT_EQ(checkOnly(), kPluginMemoryError);
-    EXPECT_TRUE(host.rings().empty());
-    EXPECT_EQ(host.controlHeader()->flareRingCount, 0);
-    EXPECT_LE(host.pluginHeader()->flareDataSize, host.plugin().size());
 }
 
 TEST_F(PluginDataTest, GrowAllocationFailurePassesThrough)

@@ -111,8 +111,8 @@ TEST_F(HostTest, TablesAreReadOrRefused)
         FlareTableFolder folder;
         c.build(folder);
         folder.write();
-        host.plugin().clear();
-        host.control().clear();
+        host.plugin().resize(0, true);
+        host.control().resize(0, true);
         EXPECT_EQ(host.init(), c.result);
         ASSERT_NE(host.controlHeader(), nullptr);
         EXPECT_EQ(host.controlHeader()->flareRingCount, c.rings);
@@ -190,7 +190,7 @@ TEST_F(HostTest, StopsAreConvertedAndCutToWhatTheResourceHolds)
         folder.add(kRingResType, 10, ringResource(ring));
         folder.add(kFlareResType, kStyle1, flareInfoResource({{kRingResType, 10, 10}}));
         folder.write();
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         ASSERT_EQ(host.init(), kPluginNoError);
         ASSERT_EQ(host.rings().size(), 1u);
         const RingElement* loaded = host.rings()[0];
@@ -208,58 +208,6 @@ TEST_F(HostTest, StopsAreConvertedAndCutToWhatTheResourceHolds)
             EXPECT_EQ(stop[1].rgb.blue, 0);
         }
     }
-}
-
-TEST_F(HostTest, StreakDirectionIsAUnitVector)
-{
-    struct Case {
-        std::int32_t x, y;
-        float unitX, unitY;
-    };
-    const Case cases[] = {
-        {0, 0, 0.0f, 1.0f},
-        {3, 4, 0.6f, 0.8f},
-        {-5, 0, -1.0f, 0.0f},
-        {0, -7, 0.0f, -1.0f},
-        // Squares summed in 32-bit integers: a sum that wraps to zero or
-        // below leaves the streak on the y axis.
-        {65536, 65536, 0.0f, 1.0f},
-        {46341, 0, 0.0f, 1.0f},
-        {INT32_MIN, INT32_MIN, 0.0f, 1.0f},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::to_string(c.x) + "," + std::to_string(c.y));
-        StreakSpec streak;
-        streak.dirX = c.x;
-        streak.dirY = c.y;
-        FlareTableFolder folder;
-        folder.add(kStreakResType, 20, streakResource(streak));
-        folder.add(kFlareResType, kStyle1, flareInfoResource({{kStreakResType, 20, 20}}));
-        folder.write();
-        host.plugin().clear();
-        ASSERT_EQ(host.init(), kPluginNoError);
-        ASSERT_EQ(host.streaks().size(), 1u);
-        const StreakElement* loaded = host.streaks()[0];
-        EXPECT_FLOAT_EQ(loaded->streakX, c.unitX);
-        EXPECT_FLOAT_EQ(loaded->streakY, c.unitY);
-        EXPECT_EQ(loaded->streakScale, 1.0f);
-        EXPECT_EQ(loaded->streakIntensity, 1.0f);
-        EXPECT_EQ(loaded->streakColor.red, -1);
-        EXPECT_EQ(loaded->streakColor.blue, -1);
-    }
-}
-
-TEST_F(HostTest, NamesLongerThanTheFieldAreCut)
-{
-    RingSpec ring = namedRing("abcdefghijklmnopqrstuvwxyz01234");
-    ring.nameLength = 200;
-    table.add(kRingResType, 10, ringResource(ring));
-    table.add(kFlareResType, kStyle1, flareInfoResource({{kRingResType, 10, 10}}));
-    table.write();
-    ASSERT_EQ(host.init(), kPluginNoError);
-    ASSERT_EQ(host.rings().size(), 1u);
-    EXPECT_EQ(host.rings()[0]->ringName[0], 31);
-    EXPECT_EQ(host.rings()[0]->ringName[31], '4');
 }
 
 // A settings record with overrides for two rings and a style of three: the
@@ -292,7 +240,7 @@ TEST_F(HostTest, SavedOverridesApplyToTheRingsTheyWereSavedFor)
     EXPECT_EQ(rings[2]->ringIntensity, 1.0f);
     EXPECT_EQ(rings[2]->ringColor.alpha, -1);
     EXPECT_EQ(rings[2]->ringColor.green, -1);
-    const Bytes after = host.control().bytes();
+    const Bytes after = blockBytes(host.control());
     ASSERT_EQ(after.size(), control.size());
     EXPECT_TRUE(std::equal(after.begin() + 128, after.end(), control.begin() + 128))
         << "the stored overrides were changed";
@@ -310,39 +258,6 @@ TEST_F(HostTest, SavedOverridesApplyToTheRingsTheyWereSavedFor)
     EXPECT_EQ(saved[2].ringScale, 1.0);
     EXPECT_EQ(saved[2].ringColor.alpha, 0);
     EXPECT_EQ(saved[2].ringColor.red, 0);
-}
-
-// Settings announcing more rings than their block holds are resized before
-// anything is read, and the overrides are then written from the rings the
-// working data holds: never read past the block's end.
-TEST_F(HostTest, ResizedSettingsTakeTheirOverridesFromTheLoadedRings)
-{
-    table.addStandardStyle();
-    table.write();
-    ASSERT_EQ(host.init(), kPluginNoError);
-    const_cast<RingElement*>(host.rings().at(0))->ringScale = 0.5f;
-
-    ControlDataRec header = customControl();
-    header.flareRingCount = 3;
-    Bytes control = bytesOf(&header, sizeof header);
-    const Bytes only = storedRingControl(4.0, 4.0, -1, 1, 2, 3);
-    control.insert(control.end(), only.begin(), only.end());
-    host.control().assign(control);
-
-    ASSERT_EQ(host.setup(), kPluginNoError);
-    ASSERT_EQ(host.control().size(), 128 + 3 * 24);
-    const std::uint8_t* tail = host.control().data() + 128;
-    EXPECT_EQ(readRingControl(tail).ringScale, 0.5);
-    EXPECT_EQ(readRingControl(tail + 24).ringScale, 1.0);
-    EXPECT_EQ(readRingControl(tail + 48).ringScale, 1.0);
-    EXPECT_EQ(host.rings().at(0)->ringScale, 0.5f);
-
-    // Without loaded rings every override is the neutral one.
-    host.plugin().clear();
-    host.control().assign(control);
-    ASSERT_EQ(host.init(), kPluginNoError);
-    for (const RingElement* ring : host.rings())
-        EXPECT_EQ(ring->ringScale, 1.0f);
 }
 
 TEST_F(HostTest, MissingTableFileIsMemoryErrorAndRetriedLater)

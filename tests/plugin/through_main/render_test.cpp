@@ -15,7 +15,6 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
-#include <set>
 
 #include <korvane/ResourceToolbox.h>
 
@@ -114,90 +113,6 @@ std::string depthName(std::int16_t depth)
     return depth == 8 ? "sketch" : std::to_string(depth) + "bit";
 }
 
-// Points near the outline of each of the first `count` rings, as a mask
-// over the buffer: the ellipse sampled finely, each sample widened to its
-// 3 × 3 neighbourhood. No rotation: the frame's light is not turned.
-struct OutlineMask {
-    std::vector<std::uint8_t> near;      // per buffer pixel
-    std::vector<bool> visible;           // per ring: some outline point lies well inside the buffer
-    std::vector<std::vector<std::size_t>> pixelsOf;  // per ring: mask pixels of that ring
-};
-
-OutlineMask outlineMask(const std::vector<const RingElement*>& rings, std::size_t count, const L_Rect& rect)
-{
-    OutlineMask mask;
-    const std::int64_t width = rect.width;
-    const std::int64_t height = rect.height;
-    mask.near.assign(static_cast<std::size_t>(width * height), 0);
-    for (std::size_t i = 0; i < count && i < rings.size(); ++i) {
-        const RingElement* ring = rings[i];
-        const double xc = static_cast<double>(ring->ringXPos) - rect.left;
-        const double yc = static_cast<double>(ring->ringYPos) - rect.top;
-        const double xr = std::fabs(static_cast<double>(ring->ringXRadius));
-        const double yr = std::fabs(static_cast<double>(ring->ringYRadius));
-        std::set<std::size_t> own;
-        bool visible = false;
-        if (std::isfinite(xc) && std::isfinite(yc) && std::isfinite(xr) && std::isfinite(yr) &&
-            std::max(xr, yr) < 1e5) {
-            const int samples = 16 + static_cast<int>(16.0 * std::max(xr, yr));
-            for (int s = 0; s < samples; ++s) {
-                const double a = 6.283185307179586 * s / samples;
-                const double x = xc + std::sin(a) * xr;
-                const double y = yc + std::cos(a) * yr;
-                if (x >= 1 && y >= 1 && x < width - 1 && y < height - 1)
-                    visible = true;
-                for (int dy = -1; dy <= 1; ++dy)
-                    for (int dx = -1; dx <= 1; ++dx) {
-                        const std::int64_t px = static_cast<std::int64_t>(std::floor(x)) + dx;
-                        const std::int64_t py = static_cast<std::int64_t>(std::floor(y)) + dy;
-                        if (px >= 0 && py >= 0 && px < width && py < height)
-                            own.insert(static_cast<std::size_t>(py * width + px));
-                    }
-            }
-        }
-        for (std::size_t p : own)
-            mask.near[p] = 1;
-        mask.visible.push_back(visible);
-        mask.pixelsOf.emplace_back(own.begin(), own.end());
-    }
-    return mask;
-}
-
-// Checks a sketch: only bytes equal to the index changed, every plotted
-// point lies on the outline of one of the first `ringCount` rings, and
-// every one of those rings whose outline crosses the buffer got points.
-void expectSketchOf(const GuardedImage& image, const std::vector<const RingElement*>& rings, std::size_t ringCount)
-{
-    const OutlineMask mask = outlineMask(rings, ringCount, image.rect());
-    std::size_t plotted = 0;
-    std::size_t stray = 0;
-    for (std::uint32_t y = 0; y < image.height(); ++y)
-        for (std::uint32_t x = 0; x < image.width(); ++x) {
-            const std::uint8_t value = *image.pixel(x, y);
-            if (value == kSketchBackground)
-                continue;
-            ASSERT_EQ(value, kSketchIndex) << "pixel " << x << "," << y;
-            ++plotted;
-            if (!mask.near[static_cast<std::size_t>(y) * image.width() + x])
-                ++stray;
-        }
-    EXPECT_EQ(stray, 0u) << "points off every ring outline, of " << plotted;
-    std::size_t visibleRings = 0;
-    std::size_t sketchedRings = 0;
-    for (std::size_t i = 0; i < mask.visible.size(); ++i) {
-        bool hit = false;
-        for (std::size_t p : mask.pixelsOf[i])
-            hit = hit || *image.pixel(static_cast<std::uint32_t>(p % image.width()),
-                                      static_cast<std::uint32_t>(p / image.width())) == kSketchIndex;
-        visibleRings += mask.visible[i];
-        sketchedRings += hit;
-        if (mask.visible[i]) {
-            EXPECT_TRUE(hit) << "ring " << i << " crosses the buffer but has no point";
-        }
-    }
-    EXPECT_EQ(sketchedRings, visibleRings);
-}
-
 class RenderTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -221,7 +136,7 @@ protected:
         ControlDataRec header = expectedDefaults();
         header.flareLens = style;
         on.control().assign(bytesOf(&header, sizeof header));
-        on.plugin().clear();
+        on.plugin().resize(0, true);
         ASSERT_EQ(on.init(), kPluginNoError) << "style " << style;
         ASSERT_EQ(on.setup(typicalFrame()), kPluginNoError) << "style " << style;
     }
@@ -276,7 +191,7 @@ void PrintTo(const PinnedRender& pinned, std::ostream* out)
 
 class PinnedRenderTest : public RenderTest, public ::testing::WithParamInterface<PinnedRender> {};
 
-void dumpIfAsked(const GuardedImage& image, const PinnedRender& pinned, TestHost& on)
+void dumpIfAsked(const GuardedImage& image, const PinnedRender& pinned)
 {
     const char* folder = std::getenv("GLINTWAVE_RENDER_DUMP");
     if (!folder || !*folder)
@@ -286,19 +201,6 @@ void dumpIfAsked(const GuardedImage& image, const PinnedRender& pinned, TestHost
     const std::filesystem::path path = std::filesystem::path(folder) / name;
     EXPECT_TRUE(image.dump(path.string())) << path;
     std::cout << "wrote " << path.string() << "\n";
-    if (pinned.depth != 48)
-        return;
-    for (const RingElement* ring : on.rings())
-        std::printf("  ring %-20.*s type %d position %6.2f centre %7.1f,%7.1f radius %6.1f x %6.1f\n",
-                    ring->ringName[0], reinterpret_cast<const char*>(ring->ringName + 1), ring->ringType,
-                    static_cast<double>(ring->ringPosition), static_cast<double>(ring->ringXPos),
-                    static_cast<double>(ring->ringYPos), static_cast<double>(ring->ringXRadius),
-                    static_cast<double>(ring->ringYRadius));
-    for (const StreakElement* streak : on.streaks())
-        std::printf("  streak position %6.2f origin %7.1f,%7.1f direction %6.3f,%6.3f length %d\n",
-                    static_cast<double>(streak->streakPosition), static_cast<double>(streak->streakXPos),
-                    static_cast<double>(streak->streakYPos), static_cast<double>(streak->streakDX),
-                    static_cast<double>(streak->streakDY), streak->streakFlareColors);
 }
 
 TEST_P(PinnedRenderTest, FrameMatchesItsChecksum)
@@ -308,41 +210,7 @@ TEST_P(PinnedRenderTest, FrameMatchesItsChecksum)
     host.clearLog();
     const auto image = renderFrame(host, pinned.depth);
     EXPECT_EQ(image->damagedGuard(), std::nullopt);
-    dumpIfAsked(*image, pinned, host);
-
-    switch (pinned.depth) {
-    case 48: {
-        // Light only adds to black, within the full level; the light's own
-        // pixel is the brightest kind of white.
-        std::size_t lit = 0;
-        for (std::uint32_t y = 0; y < kHeight; ++y)
-            for (std::uint32_t x = 0; x < kWidth; ++x)
-                for (int c = 0; c < 3; ++c) {
-                    ASSERT_LE(image->channel48(x, y, c), 16320) << x << "," << y;
-                    lit += image->channel48(x, y, c) != 0;
-                }
-        EXPECT_GT(lit, static_cast<std::size_t>(kWidth * kHeight) / 10) << "little of the frame is lit";
-        const auto lx = static_cast<std::uint32_t>(0.3 * kWidth);
-        const auto ly = static_cast<std::uint32_t>(0.3 * kHeight);
-        for (int c = 0; c < 3; ++c)
-            EXPECT_GE(image->channel48(lx, ly, c), 12000) << "channel " << c << " at the light";
-        break;
-    }
-    case 32:
-        // Alpha kept, colour only ever added to the background.
-        for (std::uint32_t y = 0; y < kHeight; ++y)
-            for (std::uint32_t x = 0; x < kWidth; ++x) {
-                const std::uint32_t before = gradient32(static_cast<std::int32_t>(x), static_cast<std::int32_t>(y));
-                const std::uint32_t after = image->pixel32(x, y);
-                ASSERT_EQ(after >> 24, 0x80u) << x << "," << y;
-                for (int shift : {16, 8, 0})
-                    ASSERT_GE((after >> shift) & 0xFF, (before >> shift) & 0xFF) << x << "," << y;
-            }
-        break;
-    default:
-        ASSERT_NO_FATAL_FAILURE(expectSketchOf(*image, host.rings(), host.rings().size()));
-        EXPECT_GE(host.rings().size(), 3u);
-    }
+    dumpIfAsked(*image, pinned);
 
     const std::uint64_t checksum = fnv1a64(image->pixels());
     char text[32];
@@ -378,30 +246,6 @@ TEST_F(RenderTest, DeliveredTableHoldsEveryStyle)
         EXPECT_TRUE(std::any_of(rings.begin(), rings.end(), painted)) << "style " << style << " paints nothing";
     }
     EXPECT_GT(style, 12);
-}
-
-// ---------------------------------------------------------------------------
-// Repeatability
-// ---------------------------------------------------------------------------
-
-// A frame set up and painted again, in the same host and in a fresh one,
-// gives the same bytes: nothing of one render leaks into the next.
-TEST_F(RenderTest, RendersRepeatByteForByte)
-{
-    for (std::int32_t style = 1; style <= kPinnedStyleCount; ++style) {
-        for (std::int16_t depth : {48, 32, 8}) {
-            SCOPED_TRACE("style " + std::to_string(style) + " " + depthName(depth));
-            ASSERT_NO_FATAL_FAILURE(startStyle(host, style));
-            const auto first = renderFrame(host, depth);
-            ASSERT_EQ(host.setup(typicalFrame()), kPluginNoError);
-            const auto again = renderFrame(host, depth);
-            TestHost fresh;
-            ASSERT_NO_FATAL_FAILURE(startStyle(fresh, style));
-            const auto other = renderFrame(fresh, depth);
-            EXPECT_TRUE(first->storage() == again->storage()) << "same host";
-            EXPECT_TRUE(first->storage() == other->storage()) << "fresh host";
-        }
-    }
 }
 
 // ---------------------------------------------------------------------------
@@ -450,32 +294,6 @@ TEST_F(RenderTest, RefusedRecordsLeaveTheBufferAlone)
         EXPECT_EQ(host.call(kCmdFlareGenerate, record.data(), size), c.expected);
         EXPECT_TRUE(image.storage() == before) << "the buffer changed";
         EXPECT_EQ(host.requestCount(kHostStatus), 0);
-    }
-}
-
-TEST_F(RenderTest, BuffersThatMissTheFrameStayUntouched)
-{
-    const std::pair<const char*, L_Rect> cases[] = {
-        {"right of the frame", makeRect(kWidth, 0, kWidth + 64, kHeight)},
-        {"below the frame", makeRect(0, kHeight, kWidth, kHeight + 20)},
-        {"left of the frame", makeRect(-64, 0, 0, kHeight)},
-        {"above the frame", makeRect(0, -20, kWidth, 0)},
-        {"far off", makeRect(100000, -100000, 100040, -99960)},
-        {"no columns", makeRect(100, 100, 100, 140)},
-        {"no rows", makeRect(100, 100, 160, 100)},
-    };
-    for (std::int16_t depth : {48, 32, 8}) {
-        ASSERT_NO_FATAL_FAILURE(startStyle(host, 1));
-        for (const auto& [name, rect] : cases) {
-            SCOPED_TRACE(std::string(name) + " " + depthName(depth));
-            GuardedImage image(rect, depth);
-            paintBackground(image, Background::kGradient);
-            const std::vector<std::uint8_t> before = image.storage();
-            host.clearLog();
-            EXPECT_EQ(generate(host, image), kPluginNoError);
-            EXPECT_TRUE(image.storage() == before) << "the buffer changed";
-            EXPECT_EQ(host.requestCount(kHostStatus), 0);
-        }
     }
 }
 
@@ -670,57 +488,14 @@ TEST_F(RenderTest, BandStartingInsideADiagonalStreakLagsOneStep)
 // Progress and cancel
 // ---------------------------------------------------------------------------
 
-TEST_F(RenderTest, PaintingReportsEveryRow)
-{
-    ASSERT_NO_FATAL_FAILURE(startStyle(host, 1));
-    for (std::int16_t depth : {48, 32}) {
-        SCOPED_TRACE(depthName(depth));
-        ASSERT_EQ(host.setup(typicalFrame()), kPluginNoError);
-        host.clearLog();
-        renderFrame(host, depth);
-        // The host never asks for a pause, so every row is reported: the
-        // opening report, one per row, and the closing one.
-        const auto& reports = host.statusReports();
-        ASSERT_EQ(reports.size(), static_cast<std::size_t>(kHeight + 2));
-        for (std::size_t i = 0; i < reports.size(); ++i) {
-            const StatusReport& report = reports[i];
-            const auto rowsDone = static_cast<std::int32_t>(std::min<std::size_t>(i, kHeight));
-            ASSERT_EQ(report.info, "Drawing Flare") << i;
-            ASSERT_EQ(report.unit, "Scanline") << i;
-            ASSERT_EQ(report.minimum, 0) << i;
-            ASSERT_EQ(report.maximum, kHeight) << i;
-            ASSERT_EQ(report.value, rowsDone) << i;
-            ASSERT_FLOAT_EQ(report.position, static_cast<float>(rowsDone) / kHeight) << i;
-        }
-    }
-}
-
-TEST_F(RenderTest, SketchReportsEveryElement)
-{
-    ASSERT_NO_FATAL_FAILURE(startStyle(host, 1));
-    host.clearLog();
-    renderFrame(host, 8);
-    const auto rings = static_cast<std::int32_t>(host.rings().size());
-    const auto& reports = host.statusReports();
-    ASSERT_EQ(reports.size(), static_cast<std::size_t>(rings + 2));
-    for (std::size_t i = 0; i < reports.size(); ++i) {
-        const auto done = static_cast<std::int32_t>(std::min<std::size_t>(i, static_cast<std::size_t>(rings)));
-        EXPECT_EQ(reports[i].info, "Sketching Flare");
-        EXPECT_EQ(reports[i].unit, "Element");
-        EXPECT_EQ(reports[i].maximum, rings);
-        EXPECT_EQ(reports[i].value, done) << i;
-    }
-    EXPECT_EQ(reports.back().position, 1.0f);
-}
-
 struct CancelCase {
     std::int16_t depth;
     int cancelAt;  // the report (counted from 0) that the host answers with a cancel
 };
 
 // The host answers 4 from a given report on: the command returns 4, the
-// rows (or sketched rings) before the cancel are done exactly as in a whole
-// render, nothing after it is touched, and no report follows the cancel.
+// rows before the cancel are done exactly as in a whole render, nothing
+// after it is touched, and no report follows the cancel.
 TEST_F(RenderTest, CancelStopsBeforeTheNextRow)
 {
     const CancelCase cases[] = {{48, 0}, {48, 2}, {48, 120}, {32, 2}, {32, 97}, {8, 0}, {8, 2}, {8, 5}};
@@ -745,11 +520,8 @@ TEST_F(RenderTest, CancelStopsBeforeTheNextRow)
             EXPECT_EQ(host.statusReports().size(), static_cast<std::size_t>(c.cancelAt + 1));
             EXPECT_EQ(image.damagedGuard(), std::nullopt);
 
-            if (c.depth == 8) {
-                ASSERT_NO_FATAL_FAILURE(
-                    expectSketchOf(image, host.rings(), static_cast<std::size_t>(c.cancelAt)));
+            if (c.depth == 8)
                 continue;
-            }
             const auto rowsDone = static_cast<std::uint32_t>(c.cancelAt);
             for (std::uint32_t y = 0; y < kHeight; ++y) {
                 const GuardedImage& expected = y < rowsDone ? *whole : untouched;

@@ -145,7 +145,7 @@ TEST_F(HostTest, SettingsAreUpgradedFixedOrReplaced)
     for (const SettingsCase& c : cases) {
         SCOPED_TRACE(c.name);
         host.control().assign(c.block);
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         host.clearLog();
         ASSERT_EQ(host.init(), kPluginNoError);
 
@@ -169,9 +169,9 @@ TEST_F(HostTest, ReversedVersion6IsFixedInPlaceWithoutReallocation)
     expectSameControl(*host.controlHeader(), customControl());
 
     // A second command finds a native record and leaves it as it is.
-    const Bytes fixed = host.control().bytes();
+    const Bytes fixed = blockBytes(host.control());
     ASSERT_EQ(host.setup(), kPluginNoError);
-    EXPECT_EQ(host.control().bytes(), fixed);
+    EXPECT_EQ(blockBytes(host.control()), fixed);
 }
 
 TEST_F(HostTest, EmptySettingsAreReplacedAndSizedBeforeTheWorkingData)
@@ -194,8 +194,8 @@ TEST_F(HostTest, ChannelResetAnswers)
     EXPECT_EQ(host.init(), kPluginNoError);
 
     // Any other error stops the check before the block is sized.
-    host.control().clear();
-    host.plugin().clear();
+    host.control().resize(0, true);
+    host.plugin().resize(0, true);
     host.options.resetChannelAnswer = kPluginMemoryError;
     host.clearLog();
     EXPECT_EQ(host.init(), kPluginMemoryError);

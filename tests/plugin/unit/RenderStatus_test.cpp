@@ -15,30 +15,6 @@ namespace {
 
 int gReference;
 
-TEST(RenderStatus, TickZeroReportsEveryTime)
-{
-    FlareTestBlock block(4096);
-    FakeStatusHost host;
-    host.Attach(block.data(), &gReference);
-    block.data()->theStatusRec.theStatusTick = 0;
-    int32_t result = 0;
-
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_TRUE(StatusTime(block.data()));
-        CheckStatus(block.data(), &result);
-    }
-    UpdateStatus(block.data(), 0.25f, 7, &result);
-    EXPECT_EQ(result, 0);
-    ASSERT_EQ(host.reports.size(), 4u);
-    for (const auto& r : host.reports) {
-        EXPECT_EQ(r.selector, kHostStatus);
-        EXPECT_EQ(r.size, (int32_t)sizeof(HostStatusRec));
-        EXPECT_EQ(r.reference, &gReference);
-    }
-    EXPECT_EQ(host.reports[3].pos, 0.25f);
-    EXPECT_EQ(host.reports[3].value, 7);
-}
-
 struct FailureCase {
     const char* name;
     int32_t code;
@@ -69,17 +45,6 @@ INSTANTIATE_TEST_SUITE_P(RenderStatus, StatusFailureTest,
                          ::testing::Values(FailureCase{"Cancel", kPluginUserCanceled},
                                            FailureCase{"OtherCode", 99}, FailureCase{"Negative", -1}),
                          [](const ::testing::TestParamInfo<FailureCase>& info) { return std::string(info.param.name); });
-
-TEST(RenderStatus, NoHostProcedureSendsNothing)
-{
-    FlareTestBlock block(4096);
-    block.data()->flareHostProc = nullptr;
-    int32_t result = 0;
-    CheckStatus(block.data(), &result);
-    UpdateStatus(block.data(), 0.5f, 3, &result);
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(+block.data()->theStatusRec.theStatusValue, 3);
-}
 
 TEST(RenderStatus, HostPacesReportsThroughTheTick)
 {

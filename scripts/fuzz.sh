@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Builds the libFuzzer harnesses (fuzz/, clang) in build-fuzz/ and runs each:
+#   scripts/fuzz.sh                 briefly: the committed corpus plus a bounded
+#                                   number of new inputs per harness (CI)
+#   scripts/fuzz.sh long SECONDS [HARNESS...]
+#                                   SECONDS per harness (default 3600); new
+#                                   inputs are kept in build-fuzz/corpus/NAME
+# A harness that finds a fault stops with its input written to
+# build-fuzz/artifacts/; add that file to fuzz/corpus/NAME/ once it is fixed.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=$root/build-fuzz
+mode=${1:-brief}
+seconds=${2:-3600}
+shift $(( $# > 2 ? 2 : $# ))
+
+launcher=()
+if command -v ccache >/dev/null 2>&1; then
+  export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1
+  launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
+cmake -S "$root/fuzz" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+  "${launcher[@]}" >/dev/null
+cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)"
+
+harnesses=("$@")
+if [ ${#harnesses[@]} -eq 0 ]; then
+  for corpus in "$root"/fuzz/corpus/*/; do harnesses+=("$(basename "$corpus")"); done
+fi
+mkdir -p "$build/artifacts"
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1
+for name in "${harnesses[@]}"; do
+  options=(-max_len=4096 -artifact_prefix="$build/artifacts/$name-" -print_final_stats=1)
+  [ -f "$root/fuzz/$name.dict" ] && options+=(-dict="$root/fuzz/$name.dict")
+  if [ "$mode" = long ]; then
+    mkdir -p "$build/corpus/$name"
+    found=$build/corpus/$name
+    options+=(-max_total_time="$seconds")
+  else
+    # New inputs go to a scratch folder: the committed corpus stays as it is.
+    found=$(mktemp -d)
+    options+=(-runs=20000 -max_total_time=10)
+  fi
+  echo "== fuzz $name"
+  "$build/${name}_fuzzer" "${options[@]}" "$found" "$root/fuzz/corpus/$name" 2>&1 |
+    grep -E '^(stat::number_of_executed_units|#[0-9]+ +DONE)|ERROR|SUMMARY|Test unit written' || true
+  status=${PIPESTATUS[0]}
+  [ "$mode" = long ] || rm -rf "$found"
+  [ "$status" -eq 0 ] || { echo "fuzz: $name failed"; exit 1; }
+done
