@@ -235,7 +235,7 @@ TEST_F(RenderTest, DeliveredTableHoldsEveryStyle)
         ControlDataRec header = expectedDefaults();
         header.flareLens = style;
         host.control().assign(bytesOf(&header, sizeof header));
-        host.plugin().clear();
+        host.plugin().resize(0, true);
         const std::int32_t result = host.init();
         if (result == kPluginResourceMissing)
             break;
