@@ -228,11 +228,25 @@ private:
     std::string pending_;
 };
 
+// A frame list as a range text, runs of even steps as "a-bxs", so a
+// worker's share of a long shot stays a short argument.
 std::string frameText(const korvane::FrameList& frames)
 {
     std::string text;
-    for (const std::int32_t frame : frames)
-        text += (text.empty() ? "" : ",") + std::to_string(frame);
+    for (std::size_t i = 0; i < frames.size();) {
+        std::size_t end = i + 1;
+        const std::int64_t step = end < frames.size() ? std::int64_t{frames[end]} - frames[i] : 1;
+        while (end < frames.size() && std::int64_t{frames[end]} - frames[end - 1] == step)
+            end++;
+        text += text.empty() ? "" : ",";
+        if (end - i >= 3) {
+            text += std::to_string(frames[i]) + "-" + std::to_string(frames[end - 1]) + "x" + std::to_string(step);
+            i = end;
+        } else {
+            text += std::to_string(frames[i]);
+            i++;
+        }
+    }
     return text;
 }
 
