@@ -78,6 +78,11 @@ void describeImage(OIIO::ImageBuf& image, const std::string& style, const Contro
     spec.attribute("ImageDescription", "Glintwave lens flare, style " + style + "; " + settingsAsOptions(settings) +
                                            " " + scene.lightAsOptions());
     spec.attribute("Software", std::string("glintwave ") + GLINTWAVE_VERSION);
+    // Writers stamp the time of writing unless a DateTime is given; an empty
+    // one keeps them from it, so the same frame always gives the same bytes.
+    // A background's own DateTime (when it was shot) stays.
+    if (!spec.find_attribute("DateTime"))
+        spec.attribute("DateTime", "");
 }
 
 void writeOutput(const OIIO::ImageBuf& image, const std::filesystem::path& file, OIIO::TypeDesc sampleType)

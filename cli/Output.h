@@ -27,7 +27,7 @@ void requireFrameMemory(std::int32_t width, std::int32_t height);
 // Records the style, the settings and the light in the image's metadata:
 // "glintwave:style" ("1 Classic zoom"), "glintwave:settings" and
 // "glintwave:light" (the options that give them), ImageDescription (all of
-// it, for formats that keep no other text), Software.
+// it, for formats that keep no other text), Software; no time of writing.
 void describeImage(OIIO::ImageBuf& image, const std::string& style, const ControlDataRec& settings,
                    const SceneOptions& scene);
 

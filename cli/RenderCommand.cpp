@@ -8,9 +8,11 @@
 // sketch in white over the frame.
 
 #include "Commands.h"
+#include "Compose.h"
 #include "FlareRenderer.h"
 #include "Output.h"
 #include "SceneOptions.h"
+#include "SequenceRender.h"
 
 #include "korvane/ImageIO.h"
 
@@ -32,60 +34,56 @@ struct RenderOptions {
     std::filesystem::path over;
     std::filesystem::path output;
     int depth = 48;
+    // Sequences (SequenceRender.h).
+    std::filesystem::path project;
+    std::string frames;
+    int threads = 0;
+    bool skipExisting = false;
+    int reportFd = -1;
+    const CLI::App* command = nullptr;
 };
 
-// The stored sample type: half floats in EXR and HDR, else what the render
-// holds (16 bits for 48-bit frames, 8 for 32-bit frames and sketches, the
-// background's own for a sketch over it).
-OIIO::TypeDesc sampleTypeFor(const RenderOptions& options, const std::optional<korvane::RgbImage>& background)
+// A project holds the style, the frame size, the light and the settings;
+// options that would give them too are refused rather than ignored.
+void refuseSceneOptions(const RenderOptions& options)
 {
-    if (korvane::isFloatFormat(options.output))
-        return OIIO::TypeDesc::HALF;
-    if (background && background->kind == korvane::SampleKind::Float)
-        return OIIO::TypeDesc::UINT16;
-    if (options.depth == 8 && background)
-        return background->kind == korvane::SampleKind::Int16 ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8;
-    return options.depth == 48 ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8;
+    for (const CLI::Option* option : options.command->get_options()) {
+        const bool scene = option->get_group() == "Light" || option->get_group() == "Flare settings" ||
+                           option->check_lname("style") || option->check_lname("size");
+        if (scene && option->count() > 0)
+            throw UsageError(option->get_name() + " does not go with --project, which holds the style, size, "
+                                                  "light and settings; change them with `glintwave project set`");
+    }
 }
 
-OIIO::ImageBuf composeFrame(FlareRenderer& renderer, const RenderOptions& options, const ControlDataRec& settings,
-                            const std::optional<korvane::RgbImage>& background, FrameSize size,
-                            const std::string& label)
+int runSequence(const RenderOptions& options, const CommonOptions& common)
 {
-    const Light light = options.scene.lightFor(size.width, size.height);
-    const bool floatOutput = korvane::isFloatFormat(options.output);
-    const auto depth = static_cast<std::int16_t>(options.depth);
-
-    if (depth == 8) {
-        korvane::FramePixels sketch(size.width, size.height, 8);
-        renderer.render(settings, light, sketch, label);
-        OIIO::ImageBuf image = background ? background->pixels.copy(OIIO::TypeUnknown)
-                                          : OIIO::ImageBuf(OIIO::ImageSpec(size.width, size.height, 3,
-                                                                           OIIO::TypeDesc::UINT8));
-        sketch.drawSketchOver(image);
-        return image;
-    }
-    if (background && background->kind == korvane::SampleKind::Float) {
-        korvane::FramePixels flare(size.width, size.height, depth);
-        renderer.render(settings, light, flare, label);
-        OIIO::ImageBuf image = background->pixels.copy(OIIO::TypeUnknown);
-        flare.addTo(image);
-        return image;
-    }
-    korvane::FramePixels frame = background ? korvane::FramePixels::fromImage(background->pixels, depth)
-                                            : korvane::FramePixels(size.width, size.height, depth);
-    renderer.render(settings, light, frame, label);
-    OIIO::ImageBuf image = frame.toImage(floatOutput);
-    if (background) {
-        for (const OIIO::ParamValue& attribute : background->pixels.spec().extra_attribs)
-            image.specmod().attribute(attribute.name().string(), attribute.type(), attribute.data());
-    }
-    return image;
+    refuseSceneOptions(options);
+    SequenceOptions sequence;
+    sequence.project = options.project;
+    sequence.frames = options.frames;
+    sequence.output = options.output.string();
+    sequence.over = options.over.string();
+    sequence.depth = options.depth;
+    sequence.threads = options.threads;
+    sequence.skipExisting = options.skipExisting;
+    sequence.reportFd = options.reportFd;
+    return renderSequence(sequence, common);
 }
 
 int runRender(const RenderOptions& options, const CommonOptions& common)
 {
+    if (!options.project.empty())
+        return runSequence(options, common);
+    if (!options.frames.empty())
+        throw UsageError("--frames renders the frames of a project: give --project P (glintwave project new "
+                         "makes one)");
     checkOutputPath(options.output);
+    if (options.skipExisting && std::filesystem::exists(options.output)) {
+        if (!common.quiet)
+            std::cout << options.output.string() << ": exists, skipped\n";
+        return 0;
+    }
     FlareRenderer renderer(common.pluginFile(), !common.quiet);
     const Style* style = findStyle(renderer.styles(), options.style);
     if (!style)
@@ -107,9 +105,14 @@ int runRender(const RenderOptions& options, const CommonOptions& common)
     requireFrameMemory(size.width, size.height);
 
     const std::string styleText = std::to_string(style->number) + " " + style->name;
-    OIIO::ImageBuf image = composeFrame(renderer, options, settings, background, size, "style " + styleText);
+    const Light light = options.scene.lightFor(size.width, size.height);
+    const Painter paint = [&](korvane::FramePixels& frame) {
+        renderer.render(settings, light, frame, "style " + styleText);
+    };
+    OIIO::ImageBuf image =
+        composeFrame(paint, options.depth, background, size, korvane::isFloatFormat(options.output));
     describeImage(image, styleText, settings, options.scene);
-    writeOutput(image, options.output, sampleTypeFor(options, background));
+    writeOutput(image, options.output, sampleTypeFor(options.output, options.depth, background));
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
     if (!common.quiet) {
@@ -126,7 +129,7 @@ int runRender(const RenderOptions& options, const CommonOptions& common)
 void addRenderCommand(CommandLine& line)
 {
     auto options = std::make_shared<RenderOptions>();
-    CLI::App* command = line.addCommand("render", "render one frame of a flare to an image file",
+    CLI::App* command = line.addCommand("render", "render a flare, or the frames of a project, to image files",
                                         [options, &line] { return runRender(*options, line.common()); });
     command->add_option("-o,--output", options->output,
                         "the image to write; its extension picks the format (.png .exr .tif .jpg .dpx)")
@@ -149,14 +152,37 @@ void addRenderCommand(CommandLine& line)
                 },
                 "the frame in pixels when there is no --over (default 1920x1080)")
             ->option_text("WxH");
-    command->add_option("--over", options->over, "a background image; the frame takes its size (not with --size)")
+    command->add_option("--over", options->over,
+                        "a background image; the frame takes its size (not with --size); with --project a "
+                        "numbered sequence, as in plate.####.exr")
         ->option_text("IMAGE")
         ->excludes(size);
+    options->command = command;
     command
         ->add_option("--depth", options->depth,
                      "48 (16-bit colour, default), 32 (8-bit colour) or 8 (wireframe sketch)")
         ->check(CLI::IsMember({48, 32, 8}))
         ->option_text("48|32|8");
+    command->add_option("--project", options->project,
+                        "render the frames of a project (glintwave project new); -o then names every frame's "
+                        "file with a frame token, as in out.####.exr")
+        ->option_text("P")
+        ->group("Sequence");
+    command
+        ->add_option("--frames", options->frames,
+                     "the project's frames to render: 1-100, 1-100x2, 1,5,9-12 (default: all of them)")
+        ->option_text("RANGE")
+        ->group("Sequence");
+    command
+        ->add_option("--threads", options->threads,
+                     "frames rendered at once, each in its own process (default: the CPUs this process may use)")
+        ->check(CLI::Range(1, 1024))
+        ->option_text("N")
+        ->group("Sequence");
+    command->add_flag("--skip-existing", options->skipExisting, "leave frames whose file exists as they are")
+        ->group("Sequence");
+    // How a parallel run hands frames to its worker processes; not for people.
+    command->add_option("--worker-report", options->reportFd)->group("");
     addLightOptions(*command, options->scene);
     addSettingOptions(*command, options->scene.settings);
 }

@@ -1,95 +1,19 @@
 // CommandRunTest.cpp - the built `glintwave` program, end to end: images
 // written and read back, paint over backgrounds, the sketch, the error
 // table and a cancel. Frames are small so the whole file runs in seconds.
+#include "CommandRun.h"
 #include "Output.h"
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
-#include <sys/wait.h>
-
 #include <fstream>
-#include <sstream>
 
 namespace {
 
-// A fresh folder, removed with its contents at the end of the test.
-class TempFolder {
-public:
-    TempFolder()
-    {
-        std::string pattern = (std::filesystem::temp_directory_path() / "glintwave-cli-XXXXXX").string();
-        if (mkdtemp(pattern.data()))
-            path_ = pattern;
-    }
-    ~TempFolder() { std::filesystem::remove_all(path_); }
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
-};
-
-struct CommandRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string slurp(const std::filesystem::path& file)
-{
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// Runs `environment glintwave arguments` through the shell, stdin closed.
-CommandRun glintwave(const TempFolder& scratch, const std::string& arguments, const std::string& environment = "")
-{
-    const std::string command = environment + " '" GLINTWAVE_COMMAND "' " + arguments + " >'" +
-                                (scratch / "out.txt").string() + "' 2>'" + (scratch / "err.txt").string() +
-                                "' </dev/null";
-    CommandRun run;
-    const int raw = std::system(command.c_str());
-    run.status = raw != -1 && WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    run.out = slurp(scratch / "out.txt");
-    run.err = slurp(scratch / "err.txt");
-    return run;
-}
-
-OIIO::ImageBuf readBack(const std::filesystem::path& file)
-{
-    OIIO::ImageBuf image(file.string());
-    EXPECT_TRUE(image.read(0, 0, true, OIIO::TypeDesc::FLOAT)) << file << ": " << image.geterror();
-    return image;
-}
-
-// Writes a width x height image whose pixel (x, y) is (fill(x, y, c)) per channel.
-template <typename Fill>
-void writeImage(const std::filesystem::path& file, int width, int height, OIIO::TypeDesc type, Fill fill)
-{
-    OIIO::ImageBuf image(OIIO::ImageSpec(width, height, 3, OIIO::TypeDesc::FLOAT));
-    for (OIIO::ImageBuf::Iterator<float> p(image); !p.done(); ++p)
-        for (int c = 0; c < 3; ++c)
-            p[c] = fill(p.x(), p.y(), c);
-    ASSERT_TRUE(image.write(file.string(), type));
-}
-
-// The files in a folder other than the runner's own output captures.
-std::vector<std::string> filesIn(const TempFolder& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
-        const std::string name = entry.path().filename().string();
-        if (name != "out.txt" && name != "err.txt")
-            names.push_back(name);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
+using namespace command_test;
+using command_test::glintwave;  // the function, not the namespace of the command's code
 
 TEST(GlintwaveRender, PngAndExrReadBackWithMetadata)
 {
