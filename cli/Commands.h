@@ -10,5 +10,6 @@ void addRenderCommand(CommandLine& line);  // one frame to an image file
 void addStylesCommand(CommandLine& line);  // the style list
 void addSheetCommand(CommandLine& line);   // every style in one contact sheet
 void addInfoCommand(CommandLine& line);    // what the plug-in says about itself
+void addEditCommand(CommandLine& line);    // a project's settings in the plug-in's dialog
 
 } // namespace glintwave::cli

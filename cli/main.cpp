@@ -9,5 +9,6 @@ int main(int argc, char** argv)
     glintwave::cli::addStylesCommand(line);
     glintwave::cli::addSheetCommand(line);
     glintwave::cli::addInfoCommand(line);
+    glintwave::cli::addEditCommand(line);
     return line.run(argc, argv);
 }
