@@ -47,7 +47,7 @@ const url = await new Promise((resolve, reject) => {
     if (found) resolve(found[0]);
   });
   exited.then((code) => reject(new Error(`glintwave edit ended (${code}) before serving: ${stderr}`)));
-  setTimeout(() => reject(new Error('glintwave edit printed no address in 20 s')), 20000);
+  setTimeout(() => reject(new Error('glintwave edit printed no address in 20 s')), 20000).unref();
 }).catch((e) => fail(e.message));
 
 const context = await chromium.launchPersistentContext(join(scratch, 'profile'), {
