@@ -211,6 +211,7 @@ void addEditCommand(CommandLine& line)
                      "an edit made as a user would: ITEM is a control's id or label (\"Flare style\", 6), VALUE "
                      "suits its kind (on/off, a menu item, a number, R,G,B or #RRGGBB, X,Y in the preview); "
                      "repeatable, applied in order")
+        ->allow_extra_args(false)  // one edit per --set-control: a project after it stays the project
         ->type_name("ITEM=VALUE");
     CLI::Option* ok = command->add_flag("--ok", options->ok, "press OK after the edits: the project is saved");
     CLI::Option* cancel =
