@@ -89,7 +89,7 @@ int CommandLine::run(int argc, char** argv)
 
     const std::vector<CLI::App*> chosen = app_.get_subcommands();
     if (chosen.empty() || !actions_.count(chosen.front()))
-        return fail(2, "no command given; choose render, styles, sheet or info");
+        return fail(2, "no command given; choose render, styles, sheet, info, project or edit");
     InterruptCatcher interrupts;
     try {
         return actions_[chosen.front()]();

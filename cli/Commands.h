@@ -11,5 +11,6 @@ void addStylesCommand(CommandLine& line);  // the style list
 void addSheetCommand(CommandLine& line);   // every style in one contact sheet
 void addInfoCommand(CommandLine& line);    // what the plug-in says about itself
 void addProjectCommand(CommandLine& line); // project files: new, show, set
+void addEditCommand(CommandLine& line);    // a project's settings in the plug-in's dialog
 
 } // namespace glintwave::cli

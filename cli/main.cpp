@@ -10,5 +10,6 @@ int main(int argc, char** argv)
     glintwave::cli::addSheetCommand(line);
     glintwave::cli::addInfoCommand(line);
     glintwave::cli::addProjectCommand(line);
+    glintwave::cli::addEditCommand(line);
     return line.run(argc, argv);
 }

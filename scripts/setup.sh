@@ -20,7 +20,20 @@ if [[ "${1:-}" == "--tests" ]]; then
     slurm-wlm munge
     chromium nodejs
   )
+  # Debian's nodejs comes without npm; other builds of it bring their own.
+  command -v npm >/dev/null 2>&1 || packages+=(npm)
 fi
+
+# The browser test's npm packages (tests/browser/node_modules), from its
+# lock file, once node is there.
+browser_packages() {
+  [[ "${1:-}" == "--tests" ]] || return 0
+  local folder
+  folder="$(cd "$(dirname "$0")/.." && pwd)/tests/browser"
+  [[ -d "$folder/node_modules/playwright-core" ]] && return 0
+  echo "glintwave setup: npm ci in tests/browser"
+  (cd "$folder" && npm ci --no-audit --no-fund)
+}
 
 missing=()
 for p in "${packages[@]}"; do
@@ -29,6 +42,7 @@ for p in "${packages[@]}"; do
 done
 
 if ((${#missing[@]} == 0)); then
+  browser_packages "${1:-}"
   exit 0
 fi
 
@@ -42,3 +56,4 @@ echo "glintwave setup: installing ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 apt-get update -qq
 $line
+browser_packages "${1:-}"

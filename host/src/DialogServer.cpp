@@ -131,8 +131,10 @@ struct DialogServer::Impl {
     httplib::Server server;
     int port = 0;
     std::thread thread;
+    ApiHandler api;
 
     void refuseOrPass();
+    void serveApi();
     void servePages();
 };
 
@@ -158,6 +160,27 @@ void DialogServer::Impl::refuseOrPass()
     });
 }
 
+void DialogServer::Impl::serveApi()
+{
+    if (!api)
+        return;
+    const auto answer = [this](const httplib::Request& request, httplib::Response& response) {
+        ApiRequest call;
+        call.method = request.method;
+        call.path = request.path;
+        for (const auto& [name, value] : request.params)
+            call.query.emplace(name, value);
+        call.body = request.body;
+        const ApiResponse result = api(call);
+        response.status = result.status;
+        for (const auto& [name, value] : result.headers)
+            response.set_header(name, value);
+        response.set_content(result.body, result.contentType.c_str());
+    };
+    server.Get("/api/.*", answer);
+    server.Post("/api/.*", answer);
+}
+
 void DialogServer::Impl::servePages()
 {
     server.Get(R"(/.*)", [this](const httplib::Request& request, httplib::Response& response) {
@@ -179,17 +202,29 @@ void DialogServer::Impl::servePages()
     });
 }
 
-DialogServer::DialogServer(std::filesystem::path webRoot, std::string token) : impl_(std::make_unique<Impl>())
+DialogServer::DialogServer(std::filesystem::path webRoot, std::string token, ApiHandler api, int port)
+    : impl_(std::make_unique<Impl>())
 {
     impl_->root = std::move(webRoot);
     impl_->token = std::move(token);
+    impl_->api = std::move(api);
     if (impl_->token.empty())
         throw DialogError("the dialog server needs a token");
     impl_->refuseOrPass();
+    impl_->serveApi();
     impl_->servePages();
-    impl_->port = impl_->server.bind_to_any_port(kLoopback);
+    // Events are small; an idle connection is let go soon, so stopping
+    // does not wait long for a browser's kept-alive connection.
+    impl_->server.set_payload_max_length(64 * 1024);
+    impl_->server.set_keep_alive_timeout(1);
+    if (port == 0) {
+        impl_->port = impl_->server.bind_to_any_port(kLoopback);
+    } else if (port > 0 && port < 65536 && impl_->server.bind_to_port(kLoopback, port)) {
+        impl_->port = port;
+    }
     if (impl_->port <= 0)
-        throw DialogError("cannot listen on " + std::string(kLoopback));
+        throw DialogError("cannot listen on " + std::string(kLoopback) +
+                          (port != 0 ? ":" + std::to_string(port) + " (is the port in use?)" : ""));
     impl_->thread = std::thread([impl = impl_.get()] { impl->server.listen_after_bind(); });
 }
 

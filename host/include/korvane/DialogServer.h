@@ -10,9 +10,15 @@
 // leave the folder, name hidden files or name no regular file are 404.
 // Responses are not cached and send no Referer onwards, so the token stays
 // on this machine.
+//
+// Paths under /api/ go to the ApiHandler given to the server (after the
+// same checks), so the page's scripts can talk to whoever runs the dialog;
+// without one they are 404 like any missing file.
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,11 +46,30 @@ std::optional<std::filesystem::path> pageFile(const std::filesystem::path& root,
 // 32 random bytes as 64 hex digits.
 std::string makeToken();
 
+// A request to /api/..., answered on one of the server's threads.
+struct ApiRequest {
+    std::string method;  // "GET" or "POST"
+    std::string path;    // "/api/state"
+    std::map<std::string, std::string> query;
+    std::string body;
+};
+
+struct ApiResponse {
+    int status = 200;
+    std::string contentType = "application/json";
+    std::string body;
+    std::map<std::string, std::string> headers;
+};
+
+using ApiHandler = std::function<ApiResponse(const ApiRequest&)>;
+
 class DialogServer {
 public:
-    // Starts serving `webRoot` on 127.0.0.1 at a free port. Throws
-    // DialogError when it cannot listen.
-    explicit DialogServer(std::filesystem::path webRoot, std::string token = makeToken());
+    // Starts serving `webRoot` on 127.0.0.1 at a free port (or at `port`
+    // when it is not 0), /api/ paths through `api`. Throws DialogError when
+    // it cannot listen.
+    explicit DialogServer(std::filesystem::path webRoot, std::string token = makeToken(), ApiHandler api = {},
+                          int port = 0);
     // Stops serving.
     ~DialogServer();
     DialogServer(const DialogServer&) = delete;
