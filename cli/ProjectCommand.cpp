@@ -82,12 +82,9 @@ int runNew(const ProjectOptions& options, const CommonOptions& common)
         throw UsageError(options.file.string() + " exists already; edit it with `glintwave project set`, or give "
                                                  "--force to replace it");
     FlareRenderer renderer(common.pluginFile(), false);
-    const Style* style = findStyle(renderer.styles(), options.style);
-    if (!style)
-        throw UsageError("--style " + options.style + ": no such style; choose one of " +
-                         styleChoices(renderer.styles()));
     ControlDataRec settings = options.scene.settings;
-    settings.flareLens = style->number;
+    const Style& style = requireStyle(renderer.styles(), options.style);
+    settings.flareLens = style.number;
 
     korvane::Project project;
     project.controlData = settingsBlock(settings);
@@ -116,7 +113,7 @@ int runNew(const ProjectOptions& options, const CommonOptions& common)
     project.controlData.assign(block.begin(), block.end());
     korvane::saveProject(project, options.file);
     if (!common.quiet)
-        std::cout << options.file.string() << ": style " << style->number << " " << style->name << ", "
+        std::cout << options.file.string() << ": style " << style.number << " " << style.name << ", "
                   << project.width << "x" << project.height << ", frames " << project.firstFrame << "-"
                   << project.lastFrame << " at " << number(project.frameRate) << " fps, "
                   << renderer.instance().channels().channels().size() << " channels\n";

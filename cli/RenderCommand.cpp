@@ -85,12 +85,9 @@ int runRender(const RenderOptions& options, const CommonOptions& common)
         return 0;
     }
     FlareRenderer renderer(common.pluginFile(), !common.quiet);
-    const Style* style = findStyle(renderer.styles(), options.style);
-    if (!style)
-        throw UsageError("--style " + options.style + ": no such style; choose one of " +
-                         styleChoices(renderer.styles()));
     ControlDataRec settings = options.scene.settings;
-    settings.flareLens = style->number;
+    const Style& style = requireStyle(renderer.styles(), options.style);
+    settings.flareLens = style.number;
 
     const auto start = std::chrono::steady_clock::now();
     std::optional<korvane::RgbImage> background;
@@ -104,7 +101,7 @@ int runRender(const RenderOptions& options, const CommonOptions& common)
     }
     requireFrameMemory(size.width, size.height);
 
-    const std::string styleText = std::to_string(style->number) + " " + style->name;
+    const std::string styleText = std::to_string(style.number) + " " + style.name;
     const Light light = options.scene.lightFor(size.width, size.height);
     const Painter paint = [&](korvane::FramePixels& frame) {
         renderer.render(settings, light, frame, "style " + styleText);

@@ -2,6 +2,8 @@
 
 #include "Styles.h"
 
+#include "CommandLine.h"
+
 #include "korvane/MacRoman.h"
 #include "korvane/ResourceFile.h"
 
@@ -62,6 +64,13 @@ std::string styleChoices(const std::vector<Style>& styles)
         text += std::to_string(style.number) + " " + styleSlug(style.name);
     }
     return text;
+}
+
+const Style& requireStyle(const std::vector<Style>& styles, const std::string& numberOrName)
+{
+    if (const Style* style = findStyle(styles, numberOrName))
+        return *style;
+    throw UsageError("--style " + numberOrName + ": no such style; choose one of " + styleChoices(styles));
 }
 
 } // namespace glintwave::cli

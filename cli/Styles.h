@@ -26,6 +26,10 @@ std::string styleSlug(std::string_view name);
 // slug, in any case ("Sun glint", "sun-glint"). Null when none matches.
 const Style* findStyle(const std::vector<Style>& styles, std::string_view numberOrName);
 
+// The style given with --style; a UsageError listing the choices when none
+// matches.
+const Style& requireStyle(const std::vector<Style>& styles, const std::string& numberOrName);
+
 // "1 classic-zoom, 2 sun-glint, ...", for messages.
 std::string styleChoices(const std::vector<Style>& styles);
 
