@@ -32,6 +32,8 @@ export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktra
 for name in "${harnesses[@]}"; do
   options=(-max_len=4096 -artifact_prefix="$build/artifacts/$name-" -print_final_stats=1)
   [ -f "$root/fuzz/$name.dict" ] && options+=(-dict="$root/fuzz/$name.dict")
+  # fuzz/NAME.options: the harness's own libFuzzer flags, one line.
+  [ -f "$root/fuzz/$name.options" ] && read -ra own < "$root/fuzz/$name.options" && options+=("${own[@]}")
   if [ "$mode" = long ]; then
     mkdir -p "$build/corpus/$name"
     found=$build/corpus/$name

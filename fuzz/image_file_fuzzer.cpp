@@ -1,0 +1,160 @@
+// image_file_fuzzer.cpp - libFuzzer harness of image files as `glintwave
+// render --over` reads them: a background read through OpenImageIO and
+// made into the frame a flare is painted into or added onto.
+//
+// The first byte picks the file's extension (the extension picks the
+// reader); the rest is the file. Reading must either succeed or throw an
+// ImageError. A background that was read is composed at every depth with a
+// painter that touches the first and last pixel, and once more with one that
+// paints nothing: an 8-bit file must then come back sample for sample.
+//
+// OpenImageIO and the libraries under it are the system's and are not
+// instrumented: coverage guides only through our code, and a fault inside
+// them shows as a crash in their frames, not ours. OpenEXR allocates what
+// a damaged header declares (a 2 GB attribute from 200 bytes) before our
+// limits apply: fuzz/image_file.options raises the memory limit above that.
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <OpenImageIO/imageio.h>
+
+#include "Compose.h"
+
+namespace {
+
+// The formats the command names in its messages first, then the other
+// readers the installed OpenImageIO has that are plain image files (no
+// camera raw, video or volume readers).
+// Not DPX: OpenImageIO's DPX reader allocates what a damaged header
+// declares while opening, gigabytes from a 2 KB file, before any size can
+// be checked.
+constexpr const char* kExtensions[] = {".png", ".jpg", ".tif", ".exr", ".hdr", ".ppm", ".pgm", ".pfm",
+                                       ".bmp", ".tga", ".sgi", ".gif", ".psd", ".webp", ".iff", ".rla",
+                                       ".pic", ".cin", ".dds", ".fits", ".ico", ".jp2", ".zfile"};
+constexpr std::size_t kExtensionCount = std::size(kExtensions);
+
+// Small enough that a declared size beyond it is refused before pixels are
+// read, large enough for any image an input of a few kilobytes holds.
+constexpr korvane::ImageLimits kLimits{512, 4u << 20};
+
+std::filesystem::path scratchFolder;
+
+void removeScratch()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(scratchFolder, ignored);
+}
+
+void paintCorners(korvane::FramePixels& frame)
+{
+    const korvane::FrameBuffer buffer = frame.frameBuffer();
+    auto* row = static_cast<std::uint8_t*>(buffer.base);
+    auto* last = row + static_cast<std::size_t>(buffer.rowBytes) * (buffer.height - 1);
+    switch (buffer.depth) {
+    case 48:
+        reinterpret_cast<std::uint16_t*>(row)[0] = 16320;
+        reinterpret_cast<std::uint16_t*>(last)[buffer.width * 3 - 1] = 16320;
+        break;
+    case 32:
+        reinterpret_cast<std::uint32_t*>(row)[0] = 0xFFFFFFFFu;
+        reinterpret_cast<std::uint32_t*>(last)[buffer.width - 1] = 0xFFFFFFFFu;
+        break;
+    default:
+        row[0] = 255;
+        last[buffer.width - 1] = 255;
+        break;
+    }
+}
+
+void requireShape(const OIIO::ImageBuf& image, const OIIO::ImageSpec& background)
+{
+    const OIIO::ImageSpec& spec = image.spec();
+    if (spec.width != background.width || spec.height != background.height || spec.nchannels != 3)
+        __builtin_trap();
+}
+
+void compose(const korvane::RgbImage& background)
+{
+    const OIIO::ImageSpec& spec = background.pixels.spec();
+    if (spec.width < 1 || spec.height < 1 || spec.width > kLimits.maxSide || spec.height > kLimits.maxSide ||
+        spec.nchannels != 3 ||
+        spec.format != (background.kind == korvane::SampleKind::Float ? OIIO::TypeDesc::FLOAT
+                                                                      : OIIO::TypeDesc::UINT16))
+        __builtin_trap();
+    const std::optional<korvane::RgbImage> over(background);
+    const glintwave::cli::FrameSize size{spec.width, spec.height};
+    for (const int depth : {48, 32, 8})
+        for (const bool floatOutput : {false, true})
+            requireShape(glintwave::cli::composeFrame(paintCorners, depth, over, size, floatOutput), spec);
+
+    if (background.kind != korvane::SampleKind::Int8)
+        return;
+    const OIIO::ImageBuf same =
+        glintwave::cli::composeFrame([](korvane::FramePixels&) {}, 48, over, size, false);
+    const std::size_t count = static_cast<std::size_t>(spec.width) * spec.height * 3;
+    std::vector<std::uint16_t> before(count), after(count);
+    background.pixels.get_pixels(OIIO::ROI::All(), OIIO::TypeDesc::UINT16, before.data());
+    same.get_pixels(OIIO::ROI::All(), OIIO::TypeDesc::UINT16, after.data());
+    for (std::size_t i = 0; i < count; ++i)
+        if (before[i] % 257 != 0 || after[i] != before[i])
+            __builtin_trap();
+}
+
+} // namespace
+
+// Leaks inside the system's OpenImageIO, not ours: its PNG reader's error
+// callback leaves by libpng's longjmp with an error string still alive.
+// The library has no frame pointers, so allocations are traced the slow way
+// for the suppression to see its frames.
+extern "C" const char* __asan_default_options()
+{
+    return "fast_unwind_on_malloc=0:malloc_context_size=12";
+}
+
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:OpenImageIO_v2_4::PNGInput::PngReadCallback\n";
+}
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    // One thread: reproducible runs, and the machine is shared.
+    OIIO::attribute("threads", 1);
+    OIIO::attribute("exr_threads", 1);
+    std::string folder = (std::filesystem::temp_directory_path() / "image_file_fuzzer.XXXXXX").string();
+    if (!mkdtemp(folder.data()))
+        std::abort();
+    scratchFolder = folder;
+    std::atexit(removeScratch);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (size < 1)
+        return 0;
+    const std::filesystem::path file = scratchFolder / (std::string("input") + kExtensions[data[0] % kExtensionCount]);
+    {
+        std::ofstream out(file, std::ios::binary | std::ios::trunc);
+        out.write(reinterpret_cast<const char*>(data + 1), static_cast<std::streamsize>(size - 1));
+        if (!out)
+            std::abort();
+    }
+    (void)OIIO::geterror();  // no message left over from the previous input
+    std::optional<korvane::RgbImage> background;
+    try {
+        background = korvane::readRgbImage(file, kLimits);
+    } catch (const korvane::ImageError&) {
+        return 0;
+    }
+    compose(*background);
+    return 0;
+}
