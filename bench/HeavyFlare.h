@@ -34,28 +34,14 @@ inline int32_t BuildHeavyFlare(flaretest::FlareTestBlock& block, int32_t width, 
     block.AddRing(kRingOriginGlow, 1.0f, 0.2f,
                   {{0.0f, F, F, F}, {0.1f, F, 15200, 12800}, {0.45f, 6400, 3600, 1600}, {1.0f, 0, 0, 0}});
 
-    struct RingSpec {
-        float position, outer;
-        uint16_t r, g, b;
-        bool hollow;
-    };
-    const RingSpec rings[] = {
+    flaretest::AddReflections(block, {
         {0.8f, 0.04f, 1800, 2600, 1200, false},   {0.6f, 0.09f, 900, 1500, 2600, true},
         {0.4f, 0.06f, 2400, 1400, 700, false},    {0.2f, 0.15f, 700, 1300, 900, true},
         {0.05f, 0.03f, 2800, 2800, 2000, false},  {-0.1f, 0.2f, 600, 800, 1500, true},
         {-0.3f, 0.07f, 1500, 2300, 1100, false},  {-0.5f, 0.28f, 500, 600, 900, true},
         {-0.7f, 0.05f, 2000, 1600, 2400, false},  {-0.9f, 0.12f, 800, 1800, 1200, true},
         {-1.1f, 0.04f, 2600, 2000, 900, false},   {-1.4f, 0.35f, 400, 500, 800, true},
-    };
-    for (const RingSpec& r : rings) {
-        if (r.hollow)
-            block.AddRing(kRingReflection, r.position, r.outer,
-                          {{0.0f, 0, 0, 0}, {0.7f, (uint16_t)(r.r / 3), (uint16_t)(r.g / 3), (uint16_t)(r.b / 3)},
-                           {0.92f, r.r, r.g, r.b}, {1.0f, 0, 0, 0}});
-        else
-            block.AddRing(kRingReflection, r.position, r.outer,
-                          {{0.0f, r.r, r.g, r.b}, {0.85f, r.r, r.g, r.b}, {1.0f, 0, 0, 0}});
-    }
+    });
 
     const float d = 0.70710678f;
     const std::initializer_list<Stop> warm = {{0.0f, F, 14000, 11000}, {0.3f, 4000, 3200, 2400}, {1.0f, 0, 0, 0}};

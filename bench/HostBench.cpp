@@ -87,10 +87,9 @@ Host* theHost = nullptr;
 
 korvane::FrameSetup SceneFrame(FrameSize size)
 {
-    korvane::FrameSetup frame =
-        korvane::FrameSetup::centred(size.width, size.height, 0.3 * size.width, 0.3 * size.height);
-    frame.lightFrameRadius = kLightRadiusPerHeight * size.height;
-    return frame;
+    korvane::Light light;
+    light.radius = {kLightRadiusPerHeight};
+    return korvane::FrameSetup::centred(size.width, size.height, light);
 }
 
 korvane::FrameBuffer BufferOf(Frame& frame)

@@ -5,6 +5,9 @@
 #include "FlareRenderer.h"
 #include "Interrupt.h"
 
+#include "korvane/Spelling.h"
+
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <string_view>
@@ -18,7 +21,8 @@ namespace glintwave::cli {
 namespace {
 
 // CLI11 shows a switch as "--halo,--no-halo{false}"; the braces say nothing
-// to a user, so they go.
+// to a user, so they go, and so do the names in the other spelling, which
+// are accepted but not taught (--halo-colour beside --halo-color).
 class HelpFormatter : public CLI::Formatter {
 public:
     std::string make_option_name(const CLI::Option* option, bool isPositional) const override
@@ -27,7 +31,15 @@ public:
         for (const char* noise : {"{false}", "{true}"})
             for (std::size_t at; (at = name.find(noise)) != std::string::npos;)
                 name.erase(at, std::string_view(noise).size());
-        return name;
+        std::string shown;
+        for (std::size_t start = 0; start <= name.size();) {
+            const std::size_t comma = std::min(name.find(',', start), name.size());
+            const std::string part = name.substr(start, comma - start);
+            if (korvane::canonicalSpelling(part) == part)
+                shown += (shown.empty() ? "" : ",") + part;
+            start = comma + 1;
+        }
+        return shown;
     }
 };
 

@@ -11,18 +11,19 @@
 // written.
 #pragma once
 
+#include "korvane/Error.h"
+
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <stdexcept>
 
 namespace glintwave::cli {
 
 // A command-line mistake found after parsing (exit status 2).
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
+struct UsageError : korvane::Error {
+    using korvane::Error::Error;
 };
 
 // Options every subcommand takes.

@@ -6,7 +6,7 @@
 
 namespace glintwave::cli {
 
-void addRenderCommand(CommandLine& line);  // one frame to an image file
+void addRenderCommand(CommandLine& line);  // a flare, or a project's frames, to image files
 void addStylesCommand(CommandLine& line);  // the style list
 void addSheetCommand(CommandLine& line);   // every style in one contact sheet
 void addInfoCommand(CommandLine& line);    // what the plug-in says about itself

@@ -12,6 +12,7 @@
 #include "FlareRenderer.h"
 #include "Interrupt.h"
 #include "Output.h"
+#include "ProgramFiles.h"
 
 #include "korvane/BrowserRunner.h"
 #include "korvane/ChannelCalls.h"
@@ -42,16 +43,14 @@ struct EditOptions {
     bool noOpen = false;
 };
 
-// The page's files: ../web beside the program's folder, as the build lays
-// them out.
+// The page's files, installed or in the build tree.
 std::filesystem::path webRoot()
 {
     std::error_code error;
-    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::filesystem::path root = (self.parent_path() / ".." / "web").lexically_normal();
-    if (error || !std::filesystem::is_regular_file(root / "index.html", error))
-        throw std::runtime_error("the dialog page is missing (" + (root / "index.html").string() +
-                                 "); rebuild (scripts/build.sh build)");
+    const std::filesystem::path root = programFolder(ProgramFolder::dialogPage);
+    if (!std::filesystem::is_regular_file(root / "index.html", error))
+        throw korvane::Error("the dialog page is missing (" + (root / "index.html").string() +
+                             "); reinstall glintwave, or rebuild it (scripts/build.sh build)");
     return root;
 }
 
@@ -76,7 +75,7 @@ void openBrowser(const std::string& url)
 void writePreview(const korvane::Pixels& preview, const std::filesystem::path& file)
 {
     if (preview.argb.empty())
-        throw std::runtime_error("the dialog showed no preview; nothing written to " + file.string());
+        throw korvane::Error("the dialog showed no preview; nothing written to " + file.string());
     // The full-colour preview leaves the alpha byte 0: the image is opaque.
     OIIO::ImageBuf image(OIIO::ImageSpec(preview.width, preview.height, 3, OIIO::TypeDesc::UINT8));
     std::vector<std::uint8_t> rgb;
@@ -123,7 +122,7 @@ int runEdit(const EditOptions& options, const CommonOptions& common)
     for (const std::string& text : options.edits) {
         try {
             edits.push_back(korvane::parseControlEdit(text));
-        } catch (const korvane::DialogError& e) {
+        } catch (const korvane::Error& e) {
             throw UsageError(std::string("--set-control: ") + e.what());
         }
     }
@@ -142,8 +141,8 @@ int runEdit(const EditOptions& options, const CommonOptions& common)
             result = instance.interface();
         }
         if (!runner.ran())
-            throw std::runtime_error(instance.library().displayName() + " showed no settings dialog; is " +
-                                     "Glintwave.rsc beside it complete? Rebuild it (scripts/build.sh build)");
+            throw korvane::Error(instance.library().displayName() + " showed no settings dialog; is " +
+                                 "Glintwave.rsc beside it complete? Rebuild it (scripts/build.sh build)");
         if (!runner.error().empty())
             throw UsageError("--set-control: " + runner.error() + "; " + options.project.string() +
                              " is unchanged");
@@ -167,8 +166,8 @@ int runEdit(const EditOptions& options, const CommonOptions& common)
         if (InterruptCatcher::interrupted())
             throw Cancelled();
         if (!runner.ran())
-            throw std::runtime_error(instance.library().displayName() + " showed no settings dialog; is " +
-                                     "Glintwave.rsc beside it complete? Rebuild it (scripts/build.sh build)");
+            throw korvane::Error(instance.library().displayName() + " showed no settings dialog; is " +
+                                 "Glintwave.rsc beside it complete? Rebuild it (scripts/build.sh build)");
         if (runner.ending() == korvane::BrowserRunner::Ending::browserGone) {
             std::cerr << "glintwave: the browser went away; the dialog was cancelled and "
                       << options.project.string() << " is unchanged\n";

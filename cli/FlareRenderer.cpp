@@ -3,10 +3,9 @@
 #include "FlareRenderer.h"
 
 #include "Interrupt.h"
+#include "ProgramFiles.h"
 
 #include "korvane/ResourceFile.h"
-
-#include <system_error>
 
 namespace glintwave::cli {
 namespace {
@@ -18,8 +17,8 @@ korvane::PluginLibrary loadPlugin(const std::filesystem::path& file)
     try {
         return korvane::PluginLibrary(file);
     } catch (const korvane::PluginError& e) {
-        throw std::runtime_error(std::string(e.what()) +
-                                 "; build it (scripts/build.sh build) or name it with --plugin PATH");
+        throw korvane::Error(std::string(e.what()) +
+                             "; build it (scripts/build.sh build) or name it with --plugin PATH");
     }
 }
 
@@ -29,12 +28,12 @@ std::vector<Style> loadStyles(const std::filesystem::path& home)
     std::vector<Style> styles;
     try {
         styles = readStyles(file);
-    } catch (const korvane::ResourceError& e) {
-        throw std::runtime_error(std::string(e.what()) + "; " + kResourceFileName +
-                                 " must lie beside the plug-in: rebuild it (scripts/build.sh build)");
+    } catch (const korvane::Error& e) {
+        throw korvane::Error(std::string(e.what()) + "; " + kResourceFileName +
+                             " must lie beside the plug-in: rebuild it (scripts/build.sh build)");
     }
     if (styles.empty())
-        throw std::runtime_error(file.string() + ": holds no flare styles ('FLAR' 1001 and up); rebuild it");
+        throw korvane::Error(file.string() + ": holds no flare styles ('FLAR' 1001 and up); rebuild it");
     return styles;
 }
 
@@ -42,11 +41,7 @@ std::vector<Style> loadStyles(const std::filesystem::path& home)
 
 std::filesystem::path defaultPluginPath()
 {
-    std::error_code error;
-    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error)
-        return "Glintwave.so";
-    return (self.parent_path() / ".." / "plugin" / "Glintwave.so").lexically_normal();
+    return programFolder(ProgramFolder::plugin) / "Glintwave.so";
 }
 
 // The progress line is declared before the instance, whose callback uses it.
@@ -58,7 +53,7 @@ FlareRenderer::FlareRenderer(const std::filesystem::path& pluginFile, bool showP
 {
 }
 
-void FlareRenderer::render(const ControlDataRec& settings, const Light& light, korvane::FramePixels& frame,
+void FlareRenderer::render(const ControlDataRec& settings, const korvane::Light& light, korvane::FramePixels& frame,
                            const std::string& label)
 {
     if (InterruptCatcher::interrupted())
@@ -72,14 +67,7 @@ void FlareRenderer::render(const ControlDataRec& settings, const Light& light, k
     });
 
     instance_.setControlData(settingsBlock(settings));
-    korvane::FrameSetup frameSetup =
-        korvane::FrameSetup::centred(frame.width(), frame.height(), light.x, light.y);
-    frameSetup.lightRed = light.colour.red;
-    frameSetup.lightGreen = light.colour.green;
-    frameSetup.lightBlue = light.colour.blue;
-    frameSetup.lightIntensity = light.intensity;
-    frameSetup.lightFrameRadius = light.radius;
-    frameSetup.lightRotation = light.rotation;
+    const korvane::FrameSetup frameSetup = korvane::FrameSetup::centred(frame.width(), frame.height(), light);
 
     requireDone(kCmdInitialize, instance_.init());
     requireDone(kCmdFlareSetup, instance_.setup(frameSetup));

@@ -1,18 +1,18 @@
 // FlareRenderer.h - Glintwave loaded as a host loads it, rendering frames.
 //
-// Finds the plug-in (by default build/plugin/Glintwave.so beside the
-// program's folder) and its styles in the Glintwave.rsc beside it, and paints
-// a flare into a frame: settings block, 'INIT', 'SETF' with the light, 'GENF'
-// with the frame's pixels. Progress goes to a terminal line; Ctrl-C cancels.
+// Finds the plug-in (by default Glintwave.so in the program's plug-in
+// folder, see ProgramFiles.h) and its styles in the Glintwave.rsc beside
+// it, and paints a flare into a frame: settings block, 'INIT', 'SETF' with
+// the light, 'GENF' with the frame's pixels. Progress goes to a terminal line; Ctrl-C cancels.
 #pragma once
 
+#include "ProgressLine.h"
 #include "SettingsTable.h"
 #include "Styles.h"
 #include "ValueGrammar.h"
 
 #include "korvane/FramePixels.h"
 #include "korvane/PluginHost.h"
-#include "korvane/ProgressLine.h"
 
 #include <filesystem>
 #include <string>
@@ -20,22 +20,12 @@
 
 namespace glintwave::cli {
 
-// The light of one frame, in that frame's pixels.
-struct Light {
-    double x = 0;
-    double y = 0;
-    Rgb8 colour;
-    double intensity = 1;
-    double radius = 0;    // pixels; the plug-in sizes glows and streaks by it
-    double rotation = 0;  // degrees
-};
-
 // Where the plug-in is looked for when --plugin is not given.
 std::filesystem::path defaultPluginPath();
 
 class FlareRenderer {
 public:
-    // Throws std::runtime_error with what to do when the plug-in or its
+    // Throws korvane::Error with what to do when the plug-in or its
     // resource file cannot be used.
     FlareRenderer(const std::filesystem::path& pluginFile, bool showProgress);
 
@@ -45,7 +35,7 @@ public:
     // Paints the flare of `settings` into the frame. `label` heads the
     // progress line. Throws Cancelled on Ctrl-C, korvane::PluginError when
     // the plug-in fails.
-    void render(const ControlDataRec& settings, const Light& light, korvane::FramePixels& frame,
+    void render(const ControlDataRec& settings, const korvane::Light& light, korvane::FramePixels& frame,
                 const std::string& label);
 
 private:

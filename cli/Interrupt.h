@@ -10,15 +10,16 @@
 // render without racing a timer.
 #pragma once
 
+#include "korvane/Error.h"
+
 #include <signal.h>
 
-#include <stdexcept>
 
 namespace glintwave::cli {
 
 // The render stopped because the user asked it to.
-struct Cancelled : std::runtime_error {
-    Cancelled() : std::runtime_error("cancelled") {}
+struct Cancelled : korvane::Error {
+    Cancelled() : korvane::Error("cancelled") {}
 };
 
 class InterruptCatcher {

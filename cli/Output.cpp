@@ -33,14 +33,16 @@ std::string mebibytes(std::uint64_t bytes)
 
 void checkOutputPath(const std::filesystem::path& file)
 {
-    std::string error;
-    if (!korvane::canWriteImage(file, &error))
-        throw UsageError(error);
+    try {
+        korvane::requireWritableFormat(file);
+    } catch (const korvane::Error& e) {
+        throw UsageError(e.what());
+    }
     const std::filesystem::path folder = file.parent_path();
     std::error_code ignored;
     if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
-        throw std::runtime_error(file.string() + ": the folder " + folder.string() +
-                                 " does not exist; make it first or write elsewhere");
+        throw korvane::Error(file.string() + ": the folder " + folder.string() +
+                             " does not exist; make it first or write elsewhere");
 }
 
 std::uint64_t frameMemory(std::int32_t width, std::int32_t height)
@@ -62,9 +64,9 @@ void requireFrameMemory(std::int32_t width, std::int32_t height)
     const std::uint64_t needed = frameMemory(width, height);
     const std::uint64_t available = physicalMemory();
     if (available != 0 && needed > available)
-        throw std::runtime_error("a " + std::to_string(width) + "x" + std::to_string(height) + " frame needs about " +
-                                 mebibytes(needed) + " of memory, more than this machine's " + mebibytes(available) +
-                                 "; choose a smaller --size");
+        throw korvane::Error("a " + std::to_string(width) + "x" + std::to_string(height) + " frame needs about " +
+                             mebibytes(needed) + " of memory, more than this machine's " + mebibytes(available) +
+                             "; choose a smaller --size");
 }
 
 void describeImage(OIIO::ImageBuf& image, const std::string& style, const ControlDataRec& settings,

@@ -14,12 +14,12 @@
 namespace glintwave::cli {
 
 // Throws UsageError for an extension no image format knows, and
-// std::runtime_error for a folder that does not exist.
+// korvane::Error for a folder that does not exist.
 void checkOutputPath(const std::filesystem::path& file);
 
 // The bytes a width x height frame may take at most (frame, image and
 // background together), and whether this machine has them. Throws
-// std::runtime_error naming the size and what to do.
+// korvane::Error naming the size and what to do.
 std::uint64_t frameMemory(std::int32_t width, std::int32_t height);
 std::uint64_t physicalMemory();
 void requireFrameMemory(std::int32_t width, std::int32_t height);

@@ -10,10 +10,10 @@
 #include "FlareRenderer.h"
 #include "SceneOptions.h"
 
+#include "korvane/NumberText.h"
 #include "korvane/ProjectEdit.h"
 #include "korvane/ShotRenderer.h"
 
-#include <cstdio>
 #include <iostream>
 #include <memory>
 
@@ -38,7 +38,7 @@ void edit(korvane::Project& project, const std::string& option, const korvane::A
 {
     try {
         korvane::applyAssignment(project, assignment, channels);
-    } catch (const std::invalid_argument& e) {
+    } catch (const korvane::Error& e) {
         throw UsageError(option + " " + e.what());
     }
 }
@@ -47,7 +47,7 @@ korvane::Assignment parse(const std::string& option, const std::string& text)
 {
     try {
         return korvane::parseAssignment(text);
-    } catch (const std::invalid_argument& e) {
+    } catch (const korvane::Error& e) {
         throw UsageError(option + " " + e.what());
     }
 }
@@ -57,22 +57,11 @@ double fraction(const Length& length, double extent)
     return length.unit == Length::Unit::Fraction ? length.value : length.pixels(extent) / extent;
 }
 
-std::string number(double value)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.10g", value);
-    return text;
-}
-
+// A channel's value at a frame, as `project show --all` lists it (an empty
+// value shows as nothing).
 std::string valueText(const korvane::ChannelValue& value)
 {
-    if (const double* real = std::get_if<double>(&value))
-        return number(*real);
-    if (const bool* flag = std::get_if<bool>(&value))
-        return *flag ? "on" : "off";
-    if (const korvane::ChannelColor* color = std::get_if<korvane::ChannelColor>(&value))
-        return number((*color)[0] / 257.0) + "," + number((*color)[1] / 257.0) + "," + number((*color)[2] / 257.0);
-    return "";
+    return std::holds_alternative<std::monostate>(value) ? "" : korvane::formatValue(value, 257);
 }
 
 int runNew(const ProjectOptions& options, const CommonOptions& common)
@@ -100,11 +89,11 @@ int runNew(const ProjectOptions& options, const CommonOptions& common)
     const std::int32_t first = project.firstFrame;
     project.light.x = {{first, fraction(scene.light.x, project.width)}};
     project.light.y = {{first, fraction(scene.light.y, project.height)}};
-    project.light.color = {{first, korvane::ChannelColor{scene.lightColour.red, scene.lightColour.green,
-                                                         scene.lightColour.blue}}};
-    project.light.intensity = {{first, scene.lightIntensity}};
-    project.light.radius = {{first, fraction(scene.lightRadius, project.height)}};
-    project.light.rotation = {{first, scene.lightRotation}};
+    project.light.color = {{first, korvane::ChannelColor{scene.light.color.red, scene.light.color.green,
+                                                         scene.light.color.blue}}};
+    project.light.intensity = {{first, scene.light.intensity}};
+    project.light.radius = {{first, fraction(scene.light.radius, project.height)}};
+    project.light.rotation = {{first, scene.light.rotation}};
 
     // The plug-in builds the style's whole settings block (rings included);
     // the project keeps that block.
@@ -115,7 +104,7 @@ int runNew(const ProjectOptions& options, const CommonOptions& common)
     if (!common.quiet)
         std::cout << options.file.string() << ": style " << style.number << " " << style.name << ", "
                   << project.width << "x" << project.height << ", frames " << project.firstFrame << "-"
-                  << project.lastFrame << " at " << number(project.frameRate) << " fps, "
+                  << project.lastFrame << " at " << korvane::formatNumber(project.frameRate) << " fps, "
                   << renderer.instance().channels().channels().size() << " channels\n";
     return 0;
 }
@@ -174,7 +163,7 @@ void addProjectCommand(CommandLine& line)
 {
     auto options = std::make_shared<ProjectOptions>();
     auto actions = std::make_shared<std::map<const CLI::App*, std::function<int()>>>();
-    CLI::App* project = line.addCommand("project", "make, show and edit project files (one shot each)", [&line, actions] {
+    CLI::App* project = line.addCommand("project", "make, show and edit project files", [&line, actions] {
         for (const CLI::App* chosen : line.app().get_subcommand("project")->get_subcommands())
             return (*actions)[chosen]();
         throw UsageError("choose project new, show or set");
@@ -193,7 +182,7 @@ void addProjectCommand(CommandLine& line)
     create->add_option("-s,--style", options->style, "the flare style by number or name (default 1)")
         ->type_name("N|NAME");
     create->add_option("--size", options->size, "the frame in pixels (default 1920x1080)")->type_name("WxH");
-    create->add_option("--frames", options->frames, "the shot's frames, FIRST-LAST (default 1-1)")
+    create->add_option("--frames", options->frames, "the project's frames, FIRST-LAST (default 1-1)")
         ->type_name("A-B");
     create->add_option("--fps", options->rate, "frames per second (default 24)")->type_name("N");
     create->add_flag("--force", options->force, "replace an existing file");

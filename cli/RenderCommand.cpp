@@ -1,6 +1,7 @@
-// RenderCommand.cpp - `glintwave render`: one frame of a flare to an image file.
+// RenderCommand.cpp - `glintwave render`: a flare to an image file, or with
+// --project the frames of a project to numbered files (SequenceRender.h).
 //
-// The frame is black (--size) or a background image (--over). Over an 8- or
+// A frame is black (--size) or a background image (--over). Over an 8- or
 // 16-bit background the flare is painted into the background's pixels as the
 // plug-in paints into a host's frame, with saturating adds; over a float one
 // (EXR, HDR) it is painted on black and added in linear float, so the
@@ -102,7 +103,7 @@ int runRender(const RenderOptions& options, const CommonOptions& common)
     requireFrameMemory(size.width, size.height);
 
     const std::string styleText = std::to_string(style.number) + " " + style.name;
-    const Light light = options.scene.lightFor(size.width, size.height);
+    const korvane::Light& light = options.scene.light;
     const Painter paint = [&](korvane::FramePixels& frame) {
         renderer.render(settings, light, frame, "style " + styleText);
     };
@@ -157,7 +158,7 @@ void addRenderCommand(CommandLine& line)
     options->command = command;
     command
         ->add_option("--depth", options->depth,
-                     "48 (16-bit colour, default), 32 (8-bit colour) or 8 (wireframe sketch)")
+                     "48 (16-bit color, default), 32 (8-bit color) or 8 (wireframe sketch)")
         ->check(CLI::IsMember({48, 32, 8}))
         ->option_text("48|32|8");
     command->add_option("--project", options->project,

@@ -2,8 +2,10 @@
 
 #include "SceneOptions.h"
 
+#include "korvane/NumberText.h"
+#include "korvane/Spelling.h"
+
 #include <cmath>
-#include <cstdio>
 
 namespace glintwave::cli {
 namespace {
@@ -11,11 +13,20 @@ namespace {
 constexpr double kMaxLightIntensity = 100;
 constexpr double kMaxRotation = 360;
 
-std::string formatNumber(double value)
+// The option's names for CLI11: its own, then the other spelling users may
+// type ("--halo-color,--halo-colour"); --help shows the first only.
+std::string namesOf(const std::string& option)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.10g", value);
-    return text;
+    const std::string alias = korvane::acceptedSpelling(option);
+    return alias == option ? option : option + "," + alias;
+}
+
+// A switch's names: --NAME and --no-NAME, in both spellings.
+std::string switchNamesOf(const std::string& name)
+{
+    const std::string alias = korvane::acceptedSpelling(name);
+    const std::string names = "--" + name + ",!--no-" + name;
+    return alias == name ? names : names + ",--" + alias + ",!--no-" + alias;
 }
 
 // A real option within [minimum, maximum].
@@ -29,8 +40,8 @@ void addReal(CLI::App& command, const std::string& name, double& target, double 
                 const auto value = parseReal(text);
                 if (!value || *value < minimum || *value > maximum)
                     throw CLI::ValidationError("--" + name, "'" + text + "' is not a number from " +
-                                                                formatNumber(minimum) + " to " +
-                                                                formatNumber(maximum));
+                                                                korvane::formatNumber(minimum) + " to " +
+                                                                korvane::formatNumber(maximum));
                 target = *value;
             },
             help)
@@ -40,23 +51,12 @@ void addReal(CLI::App& command, const std::string& name, double& target, double 
 
 } // namespace
 
-Light SceneOptions::lightFor(std::int32_t width, std::int32_t height) const
-{
-    Light result;
-    result.x = light.x.pixels(width);
-    result.y = light.y.pixels(height);
-    result.colour = lightColour;
-    result.intensity = lightIntensity;
-    result.radius = lightRadius.pixels(height);
-    result.rotation = lightRotation;
-    return result;
-}
-
 std::string SceneOptions::lightAsOptions() const
 {
     return "--light " + formatLength(light.x) + "," + formatLength(light.y) + " --light-color " +
-           formatColour(lightColour) + " --light-intensity " + formatNumber(lightIntensity) +
-           " --light-radius " + formatLength(lightRadius) + " --light-rotation " + formatNumber(lightRotation);
+           formatColour(light.color) + " --light-intensity " + korvane::formatNumber(light.intensity) +
+           " --light-radius " + formatLength(light.radius) +
+           " --light-rotation " + korvane::formatNumber(light.rotation);
 }
 
 void addSettingOptions(CLI::App& command, ControlDataRec& settings)
@@ -67,18 +67,18 @@ void addSettingOptions(CLI::App& command, ControlDataRec& settings)
         if (setting.kind == SettingKind::Switch) {
             command
                 .add_flag_function(
-                    "--" + name + ",!--no-" + name,
+                    switchNamesOf(name),
                     [&settings, &setting](std::int64_t count) { setSwitch(settings, setting, count > 0); }, help)
                 ->group("Flare settings");
             continue;
         }
         command
             .add_option_function<std::string>(
-                "--" + name,
+                namesOf("--" + name),
                 [&settings, &setting, name](const std::string& text) {
                     try {
                         applySetting(settings, setting, text);
-                    } catch (const SettingError& e) {
+                    } catch (const korvane::Error& e) {
                         throw CLI::ValidationError("--" + name, e.what());
                     }
                 },
@@ -100,7 +100,8 @@ void addLightOptions(CLI::App& command, SceneOptions& scene)
                                                               "' is not a position; give X,Y as fractions of the "
                                                               "frame (0.3,0.3), percentages (30%,30%) or pixels "
                                                               "(576px,324px)");
-                scene.light = *position;
+                scene.light.x = position->x;
+                scene.light.y = position->y;
             },
             "where the light is: X,Y as fractions of the frame, N% or Npx; outside the frame is allowed "
             "(default 0.3,0.3)")
@@ -108,19 +109,19 @@ void addLightOptions(CLI::App& command, SceneOptions& scene)
         ->group("Light");
     command
         .add_option_function<std::string>(
-            "--light-color",
+            namesOf("--light-color"),
             [&scene](const std::string& text) {
                 const auto colour = parseColour(text);
                 if (!colour)
                     throw CLI::ValidationError("--light-color", "'" + text +
-                                                                    "' is not a colour; give #rrggbb (hex) or "
+                                                                    "' is not a color; give #rrggbb (hex) or "
                                                                     "R,G,B (0-255 each)");
-                scene.lightColour = *colour;
+                scene.light.color = *colour;
             },
-            "the light's colour, #rrggbb or R,G,B (default #ffffff)")
+            "the light's color, #rrggbb or R,G,B (default #ffffff)")
         ->type_name("COLOR")
         ->group("Light");
-    addReal(command, "light-intensity", scene.lightIntensity, 0, kMaxLightIntensity,
+    addReal(command, "light-intensity", scene.light.intensity, 0, kMaxLightIntensity,
             "the light's intensity (0 to 100, default 1)");
     command
         .add_option_function<std::string>(
@@ -131,12 +132,12 @@ void addLightOptions(CLI::App& command, SceneOptions& scene)
                     throw CLI::ValidationError("--light-radius", "'" + text +
                                                                      "' is not a radius; give a fraction of the "
                                                                      "frame height (0.1), N% or Npx, not negative");
-                scene.lightRadius = *radius;
+                scene.light.radius = *radius;
             },
             "the light's radius: a fraction of the frame height, N% or Npx (default 0.1)")
         ->type_name("LENGTH")
         ->group("Light");
-    addReal(command, "light-rotation", scene.lightRotation, -kMaxRotation, kMaxRotation,
+    addReal(command, "light-rotation", scene.light.rotation, -kMaxRotation, kMaxRotation,
             "the light's rotation in degrees (-360 to 360, default 0)");
 }
 

@@ -21,14 +21,8 @@ namespace glintwave::cli {
 
 struct SceneOptions {
     ControlDataRec settings = defaultSettings();
-    Position light{Length{0.3}, Length{0.3}};
-    Rgb8 lightColour;
-    double lightIntensity = 1;
-    Length lightRadius{0.1};  // the starter styles were drawn at a tenth of the height
-    double lightRotation = 0;
+    korvane::Light light;  // its radius defaults to a tenth of the height, as the styles were drawn
 
-    // The light in pixels of a width x height frame.
-    Light lightFor(std::int32_t width, std::int32_t height) const;
     // The light as the options that give it.
     std::string lightAsOptions() const;
 };

@@ -7,10 +7,10 @@
 #include "FlareRenderer.h"
 #include "Interrupt.h"
 #include "Output.h"
+#include "ProgressLine.h"
 
 #include "korvane/FrameRange.h"
 #include "korvane/ImageIO.h"
-#include "korvane/ProgressLine.h"
 #include "korvane/ShotRenderer.h"
 
 #include <fcntl.h>
@@ -74,14 +74,8 @@ std::string styleText(const std::vector<Style>& styles, std::int32_t number)
 // The light of a frame as the options that give it, for the image's metadata.
 SceneOptions sceneAt(const korvane::Project& project, std::int32_t frame)
 {
-    const korvane::LightState light = project.light.at(frame);
     SceneOptions scene;
-    scene.light = Position{Length{light.x}, Length{light.y}};
-    scene.lightColour = Rgb8{static_cast<std::uint8_t>(light.color[0]), static_cast<std::uint8_t>(light.color[1]),
-                             static_cast<std::uint8_t>(light.color[2])};
-    scene.lightIntensity = light.intensity;
-    scene.lightRadius = Length{light.radius};
-    scene.lightRotation = light.rotation;
+    scene.light = project.light.at(frame);
     return scene;
 }
 
@@ -97,9 +91,9 @@ void renderFrame(const Shot& shot, std::int32_t frame, FlareRenderer& renderer, 
         background = korvane::readRgbImage(shot.over->name(frame), limits);
         const OIIO::ImageSpec& spec = background->pixels.spec();
         if (spec.width != size.width || spec.height != size.height)
-            throw std::runtime_error(shot.over->name(frame) + ": is " + std::to_string(spec.width) + "x" +
-                                     std::to_string(spec.height) + ", the project's frames are " +
-                                     std::to_string(size.width) + "x" + std::to_string(size.height));
+            throw korvane::Error(shot.over->name(frame) + ": is " + std::to_string(spec.width) + "x" +
+                                 std::to_string(spec.height) + ", the project's frames are " +
+                                 std::to_string(size.width) + "x" + std::to_string(size.height));
     }
     const std::string file = shot.output.name(frame);
     const Painter paint = [&](korvane::FramePixels& pixels) { frames.render(frame, pixels.frameBuffer()); };
@@ -259,7 +253,7 @@ bool renderInWorkers(const SequenceOptions& options, const korvane::FrameList& f
 {
     int ends[2];
     if (pipe(ends) != 0 || fcntl(ends[0], F_SETFD, FD_CLOEXEC) != 0)
-        throw std::runtime_error(std::string("cannot start worker processes: ") + std::strerror(errno));
+        throw korvane::Error(std::string("cannot start worker processes: ") + std::strerror(errno));
     std::error_code error;
     const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
     std::cout.flush();
@@ -322,7 +316,7 @@ bool renderInWorkers(const SequenceOptions& options, const korvane::FrameList& f
             ending = "its worker process ended with signal " + std::to_string(WTERMSIG(status));
     }
     if (!fatal.empty())
-        throw std::runtime_error(fatal);
+        throw korvane::Error(fatal);
     if (cancelled || InterruptCatcher::interrupted())
         return false;
     for (const std::int32_t frame : frames)
@@ -377,7 +371,7 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
                      ? korvane::parseFrameRange(std::to_string(shot.project.firstFrame) + "-" +
                                                 std::to_string(shot.project.lastFrame))
                      : korvane::parseFrameRange(options.frames);
-    } catch (const korvane::FrameRangeError& e) {
+    } catch (const korvane::Error& e) {
         throw UsageError(e.what());
     }
     if (frames.size() > 1 && !shot.output.numbered())
@@ -415,9 +409,9 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
     std::vector<std::int32_t>& failures = tally.failures();
     std::sort(failures.begin(), failures.end());
     if (!failures.empty())
-        throw std::runtime_error(std::to_string(failures.size()) + " of " + std::to_string(frames.size()) +
-                                 " frames failed: " + frameList(failures) + " (the others were written; the " +
-                                 "reasons are above)");
+        throw korvane::Error(std::to_string(failures.size()) + " of " + std::to_string(frames.size()) +
+                             " frames failed: " + frameList(failures) + " (the others were written; the " +
+                             "reasons are above)");
     if (!common.quiet) {
         char timing[64];
         std::snprintf(timing, sizeof timing, "%.2f s, %.2f frames/s", seconds,

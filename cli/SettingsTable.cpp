@@ -4,8 +4,9 @@
 
 #include "ValueGrammar.h"
 
+#include "korvane/NumberText.h"
+
 #include <array>
-#include <cstdio>
 #include <cstring>
 
 namespace glintwave::cli {
@@ -61,13 +62,6 @@ constexpr std::array kSettings = {
     Setting{"follow-light-rotation", SettingKind::Switch, "turns the flare with --light-rotation", "", 1, 0, 1, 0,
             kFlagNoLightRotation, false},
 };
-
-std::string formatNumber(double value)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.10g", value);
-    return text;
-}
 
 double readDouble(const ControlDataRec& settings, std::size_t offset)
 {
@@ -144,16 +138,16 @@ void applySetting(ControlDataRec& settings, const Setting& setting, std::string_
     case SettingKind::Real: {
         const auto value = parseReal(text);
         if (!value)
-            throw SettingError(quoted + " is not a number; give a decimal number, " + settingRange(setting));
+            throw korvane::Error(quoted + " is not a number; give a decimal number, " + settingRange(setting));
         if (*value < setting.minimum || *value > setting.maximum)
-            throw SettingError(quoted + " is out of range; give " + settingRange(setting));
+            throw korvane::Error(quoted + " is out of range; give " + settingRange(setting));
         writeDouble(settings, setting.offset, *value);
         break;
     }
     case SettingKind::Colour: {
         const auto colour = parseColour(text);
         if (!colour)
-            throw SettingError(quoted + " is not a colour; give #rrggbb (hex) or R,G,B (0-255 each)");
+            throw korvane::Error(quoted + " is not a color; give #rrggbb (hex) or R,G,B (0-255 each)");
         writeColour(settings, setting.offset, *colour);
         break;
     }
@@ -163,7 +157,7 @@ void applySetting(ControlDataRec& settings, const Setting& setting, std::string_
         else if (text == "off" || text == "false" || text == "0")
             setSwitch(settings, setting, false);
         else
-            throw SettingError(quoted + " is not a switch; give on or off");
+            throw korvane::Error(quoted + " is not a switch; give on or off");
         break;
     }
 }
@@ -171,7 +165,7 @@ void applySetting(ControlDataRec& settings, const Setting& setting, std::string_
 std::string formatSetting(const ControlDataRec& settings, const Setting& setting)
 {
     switch (setting.kind) {
-    case SettingKind::Real: return formatNumber(readDouble(settings, setting.offset));
+    case SettingKind::Real: return korvane::formatNumber(readDouble(settings, setting.offset));
     case SettingKind::Colour: return formatColour(readColour(settings, setting.offset));
     default: return switchIsOn(settings, setting) ? "on" : "off";
     }
@@ -181,9 +175,9 @@ std::string settingRange(const Setting& setting)
 {
     switch (setting.kind) {
     case SettingKind::Real:
-        return formatNumber(setting.minimum) + " to " + formatNumber(setting.maximum) +
+        return korvane::formatNumber(setting.minimum) + " to " + korvane::formatNumber(setting.maximum) +
                (setting.unit.empty() ? "" : " " + std::string(setting.unit)) +
-               ", default " + formatNumber(setting.defaultValue);
+               ", default " + korvane::formatNumber(setting.defaultValue);
     case SettingKind::Colour: return "#rrggbb or R,G,B, default #ffffff";
     default: return std::string("default ") + (setting.defaultValue != 0 ? "on" : "off");
     }

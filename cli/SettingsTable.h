@@ -1,9 +1,10 @@
 // SettingsTable.h - every setting of Glintwave's settings record, in one table.
 //
 // The table drives the render options (name, value grammar, range check and
-// --help text), the metadata written with an image, and the README's options
-// table. A setting is one field of the record's 128-byte header: a real
-// number, a colour, or one bit of flareFlags.
+// --help text), the metadata written with an image, and the user guide's
+// options table (docs/user-guide.md). A setting is one field of the
+// record's 128-byte header: a real number, a colour, or one bit of
+// flareFlags.
 //
 // The header is a saved format (type 'FLAR', version 6, fields in the
 // machine's byte order); the command builds it natively and leaves both
@@ -13,11 +14,11 @@
 #pragma once
 
 #include "glintwave/GlintwaveRecords.h"
+#include "korvane/Error.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,16 +46,11 @@ struct Setting {
 
 std::span<const Setting> settingsTable();
 
-// A value that does not fit its setting; the text says what would.
-struct SettingError : std::invalid_argument {
-    using std::invalid_argument::invalid_argument;
-};
-
 // The header with every setting at its default, style 1, no element counts.
 ControlDataRec defaultSettings();
 
 // Sets one setting from its text form (a real, a colour, or on/off).
-// Throws SettingError.
+// Throws korvane::Error saying what would fit.
 void applySetting(ControlDataRec& settings, const Setting& setting, std::string_view text);
 void setSwitch(ControlDataRec& settings, const Setting& setting, bool on);
 

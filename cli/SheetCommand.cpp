@@ -63,7 +63,7 @@ int runSheet(const SheetOptions& options, const CommonOptions& common)
                                          OIIO::TypeDesc::FLOAT));
     const float backdrop[3] = {kBackdrop, kBackdrop, kBackdrop};
     OIIO::ImageBufAlgo::fill(sheet, backdrop);
-    const Light light = options.scene.lightFor(options.cell.width, options.cell.height);
+    const korvane::Light& light = options.scene.light;
     const float labelColour[3] = {kLabelGrey, kLabelGrey, kLabelGrey};
     bool labelled = true;
 

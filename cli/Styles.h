@@ -16,7 +16,7 @@ struct Style {
     bool operator==(const Style&) const = default;
 };
 
-// The styles in number order. Throws korvane::ResourceError.
+// The styles in number order. Throws korvane::Error.
 std::vector<Style> readStyles(const std::filesystem::path& resourceFile);
 
 // "Classic zoom" -> "classic-zoom": lower case, runs of other characters one '-'.

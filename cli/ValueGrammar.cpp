@@ -2,6 +2,8 @@
 
 #include "ValueGrammar.h"
 
+#include "korvane/NumberText.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -23,14 +25,6 @@ std::optional<std::int32_t> parseWhole(std::string_view digits, std::int32_t min
 bool endsWith(std::string_view text, std::string_view tail)
 {
     return text.size() >= tail.size() && text.substr(text.size() - tail.size()) == tail;
-}
-
-// "%.10g" without trailing noise: 0.3 prints as 0.3, 2 as 2.
-std::string formatNumber(double value)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.10g", value);
-    return text;
 }
 
 } // namespace
@@ -87,15 +81,6 @@ std::string formatColour(const Rgb8& colour)
     return text;
 }
 
-double Length::pixels(double extent) const
-{
-    switch (unit) {
-    case Unit::Pixels: return value;
-    case Unit::Percent: return value / 100.0 * extent;
-    default: return value * extent;
-    }
-}
-
 std::optional<Length> parseLength(std::string_view text)
 {
     Length length;
@@ -115,7 +100,7 @@ std::optional<Length> parseLength(std::string_view text)
 
 std::string formatLength(const Length& length)
 {
-    const std::string number = formatNumber(length.value);
+    const std::string number = korvane::formatNumber(length.value);
     switch (length.unit) {
     case Length::Unit::Pixels: return number + "px";
     case Length::Unit::Percent: return number + "%";

@@ -10,6 +10,8 @@
 // Each parser takes the whole text and answers nullopt for anything else.
 #pragma once
 
+#include "korvane/Light.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -28,23 +30,11 @@ struct FrameSize {
 inline constexpr std::int32_t kMaxFrameSide = 32768;
 std::optional<FrameSize> parseFrameSize(std::string_view text);
 
-struct Rgb8 {
-    std::uint8_t red = 255;
-    std::uint8_t green = 255;
-    std::uint8_t blue = 255;
-    bool operator==(const Rgb8&) const = default;
-};
+using korvane::Rgb8;
 std::optional<Rgb8> parseColour(std::string_view text);
 std::string formatColour(const Rgb8& colour);  // "#rrggbb"
 
-struct Length {
-    enum class Unit { Fraction, Percent, Pixels };
-    double value = 0;
-    Unit unit = Unit::Fraction;
-    // In pixels of a frame side `extent` pixels long.
-    double pixels(double extent) const;
-    bool operator==(const Length&) const = default;
-};
+using korvane::Length;
 std::optional<Length> parseLength(std::string_view text);
 std::string formatLength(const Length& length);
 

@@ -11,4 +11,7 @@ if(GLINTWAVE_GTEST_FROM_SOURCE)
 else()
   find_package(GTest REQUIRED)
 endif()
+# Test executables are listed when ctest runs, never at build time: a build
+# for another ABI (-m32) must finish on a machine that cannot execute it.
+set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST)
 include(GoogleTest)

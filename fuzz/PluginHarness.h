@@ -21,9 +21,10 @@
 #include <memory>
 #include <vector>
 
-#include "GlintwaveRecords.h"
+#include "glintwave/GlintwaveRecords.h"
 #include "KVPluginAPI.h"
 #include "korvane/PluginHost.h"
+#include "TempFolder.h"
 
 namespace fuzz {
 
@@ -58,19 +59,10 @@ public:
 private:
     Plugin()
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "glintwave-fuzz-XXXXXX").string();
-        if (!mkdtemp(pattern.data()))
-            abort();
-        folder_ = pattern;
         library_ = std::make_unique<korvane::PluginLibrary>(GLINTWAVE_FUZZ_PLUGIN);
-        library_->setHomeDirectory(folder_);
+        library_->setHomeDirectory(folder_.path());
     }
-    ~Plugin()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
-    std::filesystem::path folder_;
+    testsupport::TempFolder folder_{"glintwave-fuzz"};
     std::unique_ptr<korvane::PluginLibrary> library_;
 };
 

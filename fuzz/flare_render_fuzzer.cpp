@@ -26,7 +26,7 @@
 
 #include "FlareModel.h"
 #include "FlareRender.h"
-#include "GlintwaveRecords.h"
+#include "glintwave/GlintwaveRecords.h"
 #include "PaintPath.h"
 #include "RectUtils.h"
 

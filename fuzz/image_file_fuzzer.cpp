@@ -4,7 +4,7 @@
 //
 // The first byte picks the file's extension (the extension picks the
 // reader); the rest is the file. Reading must either succeed or throw an
-// ImageError. A background that was read is composed at every depth with a
+// korvane::Error. A background that was read is composed at every depth with a
 // painter that touches the first and last pixel, and once more with one that
 // paints nothing: an 8-bit file must then come back sample for sample.
 //
@@ -20,6 +20,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,6 +28,7 @@
 #include <OpenImageIO/imageio.h>
 
 #include "Compose.h"
+#include "TempFolder.h"
 
 namespace {
 
@@ -45,13 +47,8 @@ constexpr std::size_t kExtensionCount = std::size(kExtensions);
 // read, large enough for any image an input of a few kilobytes holds.
 constexpr korvane::ImageLimits kLimits{512, 4u << 20};
 
-std::filesystem::path scratchFolder;
-
-void removeScratch()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(scratchFolder, ignored);
-}
+// Made once the fuzzer starts; removed with its files when the run ends.
+std::unique_ptr<testsupport::TempFolder> scratchFolder;
 
 void paintCorners(korvane::FramePixels& frame)
 {
@@ -129,11 +126,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     // One thread: reproducible runs, and the machine is shared.
     OIIO::attribute("threads", 1);
     OIIO::attribute("exr_threads", 1);
-    std::string folder = (std::filesystem::temp_directory_path() / "image_file_fuzzer.XXXXXX").string();
-    if (!mkdtemp(folder.data()))
-        std::abort();
-    scratchFolder = folder;
-    std::atexit(removeScratch);
+    scratchFolder = std::make_unique<testsupport::TempFolder>("image_file_fuzzer");
     return 0;
 }
 
@@ -141,7 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     if (size < 1)
         return 0;
-    const std::filesystem::path file = scratchFolder / (std::string("input") + kExtensions[data[0] % kExtensionCount]);
+    const std::filesystem::path file = *scratchFolder / (std::string("input") + kExtensions[data[0] % kExtensionCount]);
     {
         std::ofstream out(file, std::ios::binary | std::ios::trunc);
         out.write(reinterpret_cast<const char*>(data + 1), static_cast<std::streamsize>(size - 1));
@@ -152,7 +145,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::optional<korvane::RgbImage> background;
     try {
         background = korvane::readRgbImage(file, kLimits);
-    } catch (const korvane::ImageError&) {
+    } catch (const korvane::Error&) {
         return 0;
     }
     compose(*background);

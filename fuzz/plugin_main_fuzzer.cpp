@@ -34,22 +34,22 @@ void setup(FuzzedDataProvider& input, korvane::PluginInstance& instance)
 {
     const auto width = input.ConsumeIntegralInRange<std::int32_t>(1, 200);
     const auto height = input.ConsumeIntegralInRange<std::int32_t>(1, 150);
-    korvane::FrameSetup frame = korvane::FrameSetup::centred(width, height, input.ConsumeIntegralInRange(-50, 250),
-                                                             input.ConsumeIntegralInRange(-50, 200));
-    frame.lightFrameRadius = input.ConsumeIntegralInRange(0, 40);
-    frame.lightRotation = input.ConsumeIntegralInRange(-360, 360);
+    const double lightX = input.ConsumeIntegralInRange(-50, 250);
+    const double lightY = input.ConsumeIntegralInRange(-50, 200);
+    const double lightRadius = input.ConsumeIntegralInRange(0, 40);
+    const double lightRotation = input.ConsumeIntegralInRange(-360, 360);
     // The host library fills the record; this one is the same, then damaged.
     PluginFlareSetupRec record{};
     record.theFrameRect = fuzz::rectOf(0, 0, width, height);
     record.theFrameXScale = record.theFrameYScale = height / 2.0;
     record.theFrameXCenter = width / 2.0;
     record.theFrameYCenter = height / 2.0;
-    record.theLightFramePosition = {frame.lightX, frame.lightY, 0.0};
+    record.theLightFramePosition = {lightX, lightY, 0.0};
     record.theLightBlurFramePosition = record.theLightFramePosition;
     record.theLightColor.colorValue = input.ConsumeIntegral<std::uint32_t>();
     record.theLightIntensity = 1.0;
-    record.theLightFrameRadius = frame.lightFrameRadius;
-    const double radians = frame.lightRotation * 0.017453292519943295;
+    record.theLightFrameRadius = lightRadius;
+    const double radians = lightRotation * 0.017453292519943295;
     Matrix4 m{};
     m.m00 = m.m11 = std::cos(radians);
     m.m01 = std::sin(radians);

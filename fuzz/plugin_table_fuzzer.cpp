@@ -26,8 +26,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::memcpy(control.data() + offsetof(ControlDataRec, flareLens), &style, sizeof style);
         instance.setControlData(control);
     }
-    const korvane::FrameSetup frame = korvane::FrameSetup::centred(64, 48, choices.ConsumeIntegralInRange(-20, 80),
-                                                                   choices.ConsumeIntegralInRange(-20, 60));
+    korvane::Light light;
+    light.x = {static_cast<double>(choices.ConsumeIntegralInRange(-20, 80)), korvane::Length::Unit::Pixels};
+    light.y = {static_cast<double>(choices.ConsumeIntegralInRange(-20, 60)), korvane::Length::Unit::Pixels};
+    light.radius = {};
+    const korvane::FrameSetup frame = korvane::FrameSetup::centred(64, 48, light);
     fuzz::requireDocumented(instance.setup(frame));
     for (int pass = 0; pass < 3; pass++)
         fuzz::paint(choices, instance);

@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     case 0:
         try {
             roundTrip(korvane::parseProject(text, "fuzz"));
-        } catch (const korvane::ProjectError&) {
+        } catch (const korvane::Error&) {
         }
         break;
     case 1:
@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             for (std::size_t i = 1; i < frames.size(); i++)
                 if (frames[i - 1] >= frames[i])
                     __builtin_trap();
-        } catch (const korvane::FrameRangeError&) {
+        } catch (const korvane::Error&) {
         }
         break;
     case 2:
@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const korvane::FramePattern pattern(text);
             (void)pattern.name(INT32_MIN);
             (void)pattern.name(1234567);
-        } catch (const korvane::FrameRangeError&) {
+        } catch (const korvane::Error&) {
         }
         break;
     default: {
@@ -80,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             korvane::applyAssignment(project, korvane::parseAssignment(text), channels);
             roundTrip(project);
             (void)korvane::describeProject(project);
-        } catch (const std::invalid_argument&) {
+        } catch (const korvane::Error&) {
         }
         break;
     }

@@ -1,7 +1,7 @@
 // resource_file_fuzzer.cpp - the host's resource file reader, its dialog
 // decoder and the dumper, on any bytes.
 //
-// parse() must refuse a bad file with a ResourceError and nothing else; a
+// parse() must refuse a bad file with a korvane::Error and nothing else; a
 // file it accepts must give every resource and name it lists, and dumping it
 // must either work or fail with a documented error. A dump of a file this
 // compiler wrote compiles back to the same bytes; for any other file the
@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::optional<korvane::ResourceFile> file;
     try {
         file = korvane::ResourceFile::parse(std::vector<std::uint8_t>(data, data + size), "fuzz.rsc");
-    } catch (const korvane::ResourceError&) {
+    } catch (const korvane::Error&) {
         return 0;
     }
     for (const std::uint32_t type : file->types()) {
@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             if (type == korvane::kDialogResType) {
                 try {
                     (void)korvane::decodeDialogTemplate(*bytes);
-                } catch (const korvane::ResourceError&) {
+                } catch (const korvane::Error&) {
                 }
             }
         }
@@ -39,17 +39,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string dumped;
     try {
         dumped = korvane::rsc::dumpText(*file);
-    } catch (const korvane::ResourceError&) {
-        return 0;
-    } catch (const korvane::rsc::CompileError&) {
+    } catch (const korvane::Error&) {
         return 0;
     }
     std::vector<std::uint8_t> compiled;
     try {
         compiled = korvane::rsc::compileSources({{"dump.json", dumped}});
-    } catch (const korvane::rsc::CompileError&) {
-        return 0;
-    } catch (const korvane::ResourceError&) {
+    } catch (const korvane::Error&) {
         return 0;
     }
     const std::string again = korvane::rsc::dumpText(korvane::ResourceFile::parse(compiled, "again.rsc"));

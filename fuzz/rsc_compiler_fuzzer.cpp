@@ -1,7 +1,7 @@
 // rsc_compiler_fuzzer.cpp - the resource compiler on any source text.
 //
 // A source must compile or be refused with a CompileError (or a
-// ResourceError for a file the layout cannot hold); nothing else may escape.
+// korvane::Error for a file the layout cannot hold); nothing else may escape.
 // What compiles must survive the round trip the compiler promises: the file
 // dumps and compiles back to the same bytes.
 #include <cstdint>
@@ -15,9 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<std::uint8_t> compiled;
     try {
         compiled = korvane::rsc::compileSources({source});
-    } catch (const korvane::rsc::CompileError&) {
-        return 0;
-    } catch (const korvane::ResourceError&) {
+    } catch (const korvane::Error&) {
         return 0;
     }
     const std::string dumped = korvane::rsc::dumpText(korvane::ResourceFile::parse(compiled, "fuzz.rsc"));

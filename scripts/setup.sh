@@ -11,14 +11,16 @@ packages=(
   nlohmann-json3-dev
   libopenimageio-dev libcli11-dev libcpp-httplib-dev
   fonts-dejavu-core
+  dpkg-dev  # dpkg-shlibdeps: the Debian package's dependencies
 )
 if [[ "${1:-}" == "--tests" ]]; then
   packages+=(
-    gcc-multilib g++-multilib
+    gcc-multilib g++-multilib qemu-user
     openimageio-tools
     clang libclang-rt-14-dev
     slurm-wlm munge
     chromium nodejs
+    curl
   )
   # Debian's nodejs comes without npm; other builds of it bring their own.
   command -v npm >/dev/null 2>&1 || packages+=(npm)

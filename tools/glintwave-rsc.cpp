@@ -36,16 +36,16 @@ void writeFile(const std::filesystem::path& path, const void* data, std::size_t 
     {
         std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
         if (!out)
-            throw std::runtime_error(temporary.string() + ": cannot create");
+            throw korvane::Error(temporary.string() + ": cannot create");
         out.write(static_cast<const char*>(data), static_cast<std::streamsize>(size));
         if (!out.flush())
-            throw std::runtime_error(temporary.string() + ": write error");
+            throw korvane::Error(temporary.string() + ": write error");
     }
     std::error_code error;
     std::filesystem::rename(temporary, path, error);
     if (error) {
         std::filesystem::remove(temporary, error);
-        throw std::runtime_error(path.string() + ": cannot write: " + error.message());
+        throw korvane::Error(path.string() + ": cannot write: " + error.message());
     }
 }
 
@@ -105,7 +105,7 @@ int format(const std::vector<std::string>& args)
         return usageError("format reads one source");
     std::ifstream in(args[0], std::ios::binary);
     if (!in)
-        throw std::runtime_error(args[0] + ": cannot open");
+        throw korvane::Error(args[0] + ": cannot open");
     const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     std::cout << korvane::rsc::canonicalText({args[0], text});
     return std::cout.flush() ? 0 : 1;

@@ -3,6 +3,8 @@
 // images written and read back.
 #pragma once
 
+#include "TempFolder.h"
+
 #include <OpenImageIO/imagebuf.h>
 #include <gtest/gtest.h>
 
@@ -19,21 +21,7 @@
 namespace command_test {
 
 // A fresh folder, removed with its contents at the end of the test.
-class TempFolder {
-public:
-    TempFolder()
-    {
-        std::string pattern = (std::filesystem::temp_directory_path() / "glintwave-cli-XXXXXX").string();
-        if (mkdtemp(pattern.data()))
-            path_ = pattern;
-    }
-    ~TempFolder() { std::filesystem::remove_all(path_); }
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
-};
+using testsupport::TempFolder;
 
 struct CommandRun {
     int status = -1;

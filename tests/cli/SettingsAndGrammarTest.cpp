@@ -1,5 +1,7 @@
 // SettingsAndGrammarTest.cpp - the settings table against the plug-in's own
 // defaults, the record fields the table writes, and the value grammars.
+#include "CommandLine.h"
+#include "SceneOptions.h"
 #include "SettingsTable.h"
 #include "Styles.h"
 #include "ValueGrammar.h"
@@ -68,17 +70,59 @@ TEST(SettingsTable, EachKindLandsInItsField)
         {"halo", "maybe"}, {"ring-color", "#ff80"}, {"ring-color", "256,0,0"},
     };
     for (const auto& [name, text] : refused)
-        EXPECT_THROW(applySetting(settings, settingNamed(name), text), SettingError) << name << " " << text;
+        EXPECT_THROW(applySetting(settings, settingNamed(name), text), korvane::Error) << name << " " << text;
 }
 
-TEST(SettingsTable, ReadmeListsEverySetting)
+// The user guide's table of flare settings keeps one row per setting.
+TEST(SettingsTable, UserGuideListsEverySetting)
 {
-    std::ifstream in(README_FILE);
-    const std::string readme((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::ifstream in(USER_GUIDE_FILE);
+    ASSERT_TRUE(in) << "cannot read " << USER_GUIDE_FILE;
+    const std::string guide((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     for (const Setting& setting : settingsTable()) {
         const std::string row = "| `--" + std::string(setting.name) + "` | ";
-        EXPECT_NE(readme.find(row), std::string::npos) << "README.md has no row for --" << setting.name;
+        EXPECT_NE(guide.find(row), std::string::npos) << "docs/user-guide.md has no row for --" << setting.name;
     }
+}
+
+// The options as `render` takes them, after the given arguments.
+SceneOptions parsedScene(const std::string& arguments, std::string* help = nullptr)
+{
+    CommandLine line;
+    SceneOptions scene;
+    CLI::App* render = line.addCommand("render", "", [] { return 0; });
+    addSettingOptions(*render, scene.settings);
+    addLightOptions(*render, scene);
+    line.app().parse("render " + arguments, false);
+    if (help)
+        *help = render->help();
+    return scene;
+}
+
+TEST(SceneOptions, OtherSpellingsAreAliasesHelpTeachesOne)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"--light-colour 255,128,0", "--light-color 255,128,0"},
+        {"--halo-colour #ff0000 --streak-colour 0,0,9", "--halo-color #ff0000 --streak-color 0,0,9"},
+        {"--gray-rings --gray-streaks", "--grey-rings --grey-streaks"},
+        {"--gray-rings --no-gray-rings --gray-streaks", "--grey-streaks"},
+    };
+    for (const auto& [alias, chosen] : cases) {
+        const SceneOptions byAlias = parsedScene(alias);
+        const SceneOptions byChosen = parsedScene(chosen);
+        EXPECT_EQ(byAlias.light, byChosen.light) << alias;
+        EXPECT_EQ(settingsBlock(byAlias.settings), settingsBlock(byChosen.settings)) << alias;
+        const SceneOptions defaults;
+        EXPECT_FALSE(byAlias.light == defaults.light &&
+                     settingsBlock(byAlias.settings) == settingsBlock(defaults.settings))
+            << alias << " changed nothing";
+    }
+    std::string help;
+    parsedScene("", &help);
+    EXPECT_NE(help.find("--light-color"), std::string::npos) << help;
+    EXPECT_NE(help.find("--no-grey-rings"), std::string::npos) << help;
+    for (const char* hidden : {"colour", "gray"})
+        EXPECT_EQ(help.find(hidden), std::string::npos) << hidden << "\n" << help;
 }
 
 TEST(ValueGrammar, SizesColoursLengthsPositions)

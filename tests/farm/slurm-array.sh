@@ -15,16 +15,19 @@
 # the daemons stopped by the process ids they wrote. Needs root and Debian's
 # slurm-wlm and munge (scripts/setup.sh --tests installs them).
 #
-# Exit status: 0 when every task completed; 1 when a task failed or the
-# array did not finish in FARM_TIMEOUT seconds (default 600), naming the
-# tasks and showing their logs; 2 when the cluster could not start, saying
-# why. It never passes without having run every task.
+# Exit status: 0 when every task completed; 1 when a task failed, the array
+# did not finish in FARM_TIMEOUT seconds (default 600), a tool is missing or
+# the cluster we configured misbehaves, naming the tasks and showing their
+# logs; 2 when this machine cannot start the cluster (not root, a daemon
+# refuses to start or the node never comes up), saying why. It never passes
+# without having run every task.
 # Knobs: FARM_PORT (first of two ports; default: the first free pair from
 # 16817), FARM_TIMEOUT, FARM_KEEP=1 (keep the temporary folder).
 set -euo pipefail
 
 say() { echo "farm: $*" >&2; }
 cannot_start() { say "the one-node cluster cannot start: $*"; exit 2; }
+failed() { say "FAILED: $*"; exit 1; }
 
 frames="" tasks="" dir=$PWD
 while (($#)); do
@@ -51,7 +54,7 @@ arrayTasks=$(((count + chunk - 1) / chunk))
 [[ $(id -u) -eq 0 ]] || cannot_start "it must run as root (the daemons run the jobs as root)"
 for tool in munged mungekey munge slurmctld slurmd sbatch squeue sinfo ss; do
   command -v "$tool" >/dev/null ||
-    cannot_start "'$tool' is missing: install slurm-wlm and munge (scripts/setup.sh --tests)"
+    failed "'$tool' is missing: install slurm-wlm and munge (scripts/setup.sh --tests)"
 done
 
 W=$(mktemp -d /tmp/glintwave-farm.XXXXXX)
@@ -141,7 +144,7 @@ done
 ss -Hltnp | grep -E 'slurm(ctl)?d' >"$W/listeners.txt" || true
 if grep -vqE '127\.0\.0\.1:' "$W/listeners.txt"; then
   cat "$W/listeners.txt" >&2
-  cannot_start "a daemon listens beyond loopback"
+  failed "a daemon listens beyond loopback"
 fi
 
 # ---- the array -----------------------------------------------------------------------------
@@ -157,7 +160,7 @@ exec bash "$FARM_DIR/command.sh"
 EOF
 job=$(sbatch --parsable --array=0-$((arrayTasks - 1)) -D "$dir" -o "$W/logs/task-%a.log" \
         --export=ALL,FARM_FIRST="$first",FARM_LAST="$last",FARM_CHUNK="$chunk",FARM_DIR="$W" \
-        "$W/task.sh") || { show_logs; cannot_start "sbatch refused the array"; }
+        "$W/task.sh") || { show_logs; failed "sbatch refused the array"; }
 say "array $job: frames $first-$last in $arrayTasks tasks of up to $chunk frames"
 
 deadline=$((SECONDS + ${FARM_TIMEOUT:-600}))

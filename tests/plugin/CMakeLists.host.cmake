@@ -7,9 +7,9 @@ if(PLUGIN_HOST_TEST_SOURCES AND TARGET Glintwave AND TARGET korvane_toolbox)
   add_library(glintwave_testhost STATIC
     ${CMAKE_CURRENT_SOURCE_DIR}/testhost/TestHost.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/testhost/FlareTable.cpp)
-  target_include_directories(glintwave_testhost PUBLIC
-    ${CMAKE_CURRENT_SOURCE_DIR}/testhost ${PROJECT_SOURCE_DIR}/glintwave)
-  target_link_libraries(glintwave_testhost PUBLIC kvkit_headers korvane_host)
+  target_include_directories(glintwave_testhost PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/testhost)
+  target_link_libraries(glintwave_testhost PUBLIC glintwave_records kvkit_headers korvane_runtime korvane_formats
+    glintwave_test_support)
   # korvane_toolbox's headers; its objects go into the executable itself.
   target_include_directories(glintwave_testhost PUBLIC
     $<TARGET_PROPERTY:korvane_toolbox,INTERFACE_INCLUDE_DIRECTORIES>)

@@ -237,7 +237,7 @@ RawResource rawFromJson(const Json& value)
     const std::string type = r.string("type");
     try {
         raw.type = fourCCFromText(type);
-    } catch (const ResourceError& e) {
+    } catch (const Error& e) {
         r.fail(e.what());
     }
     raw.id = static_cast<std::int16_t>(r.integer("id", kS16Min, kS16Max));

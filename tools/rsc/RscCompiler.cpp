@@ -5,7 +5,7 @@
 
 #include "SourceModel.h"
 
-#include "GlintwaveRecords.h"
+#include "glintwave/GlintwaveRecords.h"
 #include "korvane/MacRoman.h"
 
 #include <algorithm>
@@ -128,7 +128,7 @@ void addResource(ResourceFileWriter& writer, const std::string& file, std::uint3
 {
     try {
         writer.add(type, id, std::move(name), std::move(data));
-    } catch (const ResourceError& e) {
+    } catch (const Error& e) {
         failIn(file, e.what());
     }
 }
@@ -170,7 +170,7 @@ std::vector<std::uint8_t> compileCollection(Collection collection)
         std::vector<std::uint8_t> bytes;
         try {
             bytes = encodeDialogTemplate(d.item.layout);
-        } catch (const ResourceError& e) {
+        } catch (const Error& e) {
             failIn(d.file, "dialog " + std::to_string(d.item.id) + ": " + e.what());
         }
         addResource(writer, d.file, kDialogResType, d.item.id, std::string(), std::move(bytes));
@@ -178,7 +178,7 @@ std::vector<std::uint8_t> compileCollection(Collection collection)
 
     try {
         return writer.bytes();
-    } catch (const ResourceError& e) {
+    } catch (const Error& e) {
         throw CompileError(std::string("the resources do not fit one file: ") + e.what());
     }
 }

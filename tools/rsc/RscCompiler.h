@@ -18,15 +18,14 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace korvane::rsc {
 
 // "<source file>: <style, element or dialog item>: <problem>".
-struct CompileError : std::runtime_error {
-    using std::runtime_error::runtime_error;
+struct CompileError : Error {
+    using Error::Error;
 };
 
 struct SourceText {

@@ -3,7 +3,7 @@
 
 #include "SourceModel.h"
 
-#include "GlintwaveRecords.h"
+#include "glintwave/GlintwaveRecords.h"
 #include "korvane/BigEndian.h"
 #include "korvane/MacRoman.h"
 

@@ -151,18 +151,12 @@ RingControl readRingControl(const std::uint8_t* stored)
 
 FlareTableFolder::FlareTableFolder()
 {
-    std::string pattern = (std::filesystem::temp_directory_path() / "glintwave-host-XXXXXX").string();
-    if (!mkdtemp(pattern.data()))
-        throw std::runtime_error("cannot make a temporary folder");
-    folder_ = pattern;
-    korvane::toolbox::setHomeDirectory(folder_);
+    korvane::toolbox::setHomeDirectory(folder_.path());
 }
 
 FlareTableFolder::~FlareTableFolder()
 {
     korvane::toolbox::setHomeDirectory({});
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }
 
 void FlareTableFolder::add(std::uint32_t type, std::int16_t id, Bytes data, std::string name)

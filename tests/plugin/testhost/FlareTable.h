@@ -14,7 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "GlintwaveRecords.h"
+#include "glintwave/GlintwaveRecords.h"
+#include "TempFolder.h"
 
 namespace glintwave::testhost {
 
@@ -91,7 +92,7 @@ public:
     // Writes raw bytes as Glintwave.rsc (for damaged files).
     void writeRaw(const Bytes& bytes);
     void removeFile();
-    const std::filesystem::path& folder() const { return folder_; }
+    const std::filesystem::path& folder() const { return folder_.path(); }
 
     // A small flare table of our own, style 1: an origin glow (10), a halo
     // (11) and a reflection (12) in one ring group, and one streak (20).
@@ -104,7 +105,7 @@ private:
         std::string name;
         Bytes data;
     };
-    std::filesystem::path folder_;
+    testsupport::TempFolder folder_{"glintwave-host"};
     std::vector<Resource> resources_;
 };
 

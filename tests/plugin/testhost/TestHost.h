@@ -31,7 +31,7 @@
 #include <utility>
 #include <vector>
 
-#include "GlintwaveRecords.h"
+#include "glintwave/GlintwaveRecords.h"
 #include "KVPluginAPI.h"
 #include "korvane/PluginHost.h"
 

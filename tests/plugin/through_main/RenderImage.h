@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "GlintwaveRecords.h"
+#include "glintwave/GlintwaveRecords.h"
 
 namespace glintwave::testhost {
 

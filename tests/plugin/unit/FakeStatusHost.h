@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "GlintwaveRecords.h"
+#include "glintwave/GlintwaveRecords.h"
 
 namespace flaretest {
 

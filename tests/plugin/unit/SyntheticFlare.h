@@ -29,26 +29,12 @@ inline int32_t BuildSyntheticFlare(FlareTestBlock& block, int32_t width, int32_t
                    {1.0f, 0, 0, 0}});
     block.AddRing(kRingOuterGlow, 1.0f, 1.1f, {{0.0f, 2400, 1900, 1400}, {0.4f, 900, 700, 500}, {1.0f, 0, 0, 0}});
 
-    struct RingSpec {
-        float position, outer;
-        uint16_t r, g, b;
-        bool hollow;
-    };
-    const RingSpec rings[] = {
+    AddReflections(block, {
         {0.72f, 0.035f, 1800, 2600, 1200, false}, {0.45f, 0.08f, 900, 1500, 2600, true},
         {0.22f, 0.05f, 2400, 1400, 700, false},   {-0.08f, 0.12f, 700, 1300, 900, true},
         {-0.32f, 0.03f, 2800, 2800, 2000, false}, {-0.55f, 0.18f, 600, 800, 1500, true},
         {-0.85f, 0.06f, 1500, 2300, 1100, false}, {-1.25f, 0.25f, 500, 600, 900, true},
-    };
-    for (const RingSpec& r : rings) {
-        if (r.hollow)
-            block.AddRing(kRingReflection, r.position, r.outer,
-                          {{0.0f, 0, 0, 0}, {0.7f, (uint16_t)(r.r / 3), (uint16_t)(r.g / 3), (uint16_t)(r.b / 3)},
-                           {0.92f, r.r, r.g, r.b}, {1.0f, 0, 0, 0}});
-        else
-            block.AddRing(kRingReflection, r.position, r.outer,
-                          {{0.0f, r.r, r.g, r.b}, {0.85f, r.r, r.g, r.b}, {1.0f, 0, 0, 0}});
-    }
+    });
 
     const float d = 0.70710678f;
     block.AddStreak(1.0f, 1.0f, 0.0f, 0.0f, 0.55f, {{0.0f, F, 14000, 11000}, {0.3f, 4000, 3200, 2400}, {1.0f, 0, 0, 0}});

@@ -1,0 +1,57 @@
+// ImageIO.h - image files through OpenImageIO: reading a background and
+// writing a finished image through a temporary name.
+//
+// The format follows the file's extension (PNG, EXR, TIFF, JPEG, DPX, HDR and
+// whatever else the installed OpenImageIO reads or writes). Every failure is
+// an Error whose text names the file, says what is wrong and what to do.
+#pragma once
+
+#include "korvane/Error.h"
+
+#include <OpenImageIO/imagebuf.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace korvane {
+
+// How a file stores its samples: what decides how a render combines with it.
+enum class SampleKind { Int8, Int16, Float };
+
+struct RgbImage {
+    OIIO::ImageBuf pixels;  // three channels: UINT16 for Int8/Int16 files, FLOAT for Float files
+    SampleKind kind = SampleKind::Int8;
+};
+
+// Limits a caller puts on an image before its pixels are read.
+struct ImageLimits {
+    std::int32_t maxSide = 32768;
+    std::uint64_t maxBytes = 0;  // of the decoded image; 0: no limit
+};
+
+// Reads the first image of a file as red, green, blue: a grey image gives
+// its one channel three times, and channels after the third (alpha) are
+// dropped. Integer files arrive as 16-bit samples (8-bit v as v x 257).
+// Throws Error for a file that is missing, unreadable, of no known
+// format, or beyond the limits.
+RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limits = {});
+
+// Throws Error unless OpenImageIO can write a file of this name's
+// extension; the message lists the extensions to use instead.
+void requireWritableFormat(const std::filesystem::path& file);
+
+// Writes the image to a hidden temporary name with the same extension in the
+// target's folder, then renames it over `file`, so a reader never sees half
+// an image and a failure leaves nothing behind. `sampleType` is the stored
+// sample type (UINT8, UINT16, HALF, FLOAT); formats that cannot store it
+// take their nearest. `keep` is asked just before the rename: false drops
+// the written file and returns false (a cancel while writing). Throws
+// Error.
+bool writeImageReplacing(const OIIO::ImageBuf& image, const std::filesystem::path& file,
+                         OIIO::TypeDesc sampleType, bool (*keep)() = nullptr);
+
+// True for formats that store floating-point samples (EXR, HDR).
+bool isFloatFormat(const std::filesystem::path& file);
+
+} // namespace korvane

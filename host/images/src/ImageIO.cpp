@@ -1,0 +1,172 @@
+// ImageIO.cpp - reading backgrounds and writing images through a temporary name.
+
+#include "korvane/ImageIO.h"
+
+#include <OpenImageIO/imagebufalgo.h>
+#include <OpenImageIO/imageio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <memory>
+#include <string_view>
+#include <system_error>
+
+namespace korvane {
+namespace {
+
+constexpr const char* kWritableHint = "use .png, .exr, .tif, .jpg or .dpx";
+
+std::string lowerExtension(const std::filesystem::path& file)
+{
+    std::string extension = file.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension;
+}
+
+std::string oneLine(std::string text)
+{
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    while (!text.empty() && text.back() == ' ')
+        text.pop_back();
+    return text;
+}
+
+// OpenImageIO keeps its last error per thread; take it, one line.
+std::string lastOiioError(const std::string& fallback)
+{
+    const std::string text = OIIO::geterror();
+    return oneLine(text.empty() ? fallback : text);
+}
+
+bool describesPicture(const std::string& attribute)
+{
+    static constexpr std::string_view kKept[] = {"oiio:ColorSpace", "ICCProfile", "Orientation", "Make", "Model",
+                                                  "DateTime", "Artist", "Copyright", "PixelAspectRatio"};
+    for (const std::string_view kept : kKept)
+        if (attribute == kept)
+            return true;
+    return attribute.rfind("Exif:", 0) == 0 || attribute.rfind("GPS:", 0) == 0;
+}
+
+void removeQuietly(const std::filesystem::path& file)
+{
+    std::error_code ignored;
+    std::filesystem::remove(file, ignored);
+}
+
+} // namespace
+
+RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limits)
+{
+    const std::string name = file.string();
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error))
+        throw Error(ErrorPlace{name}, "no such image file; check the path");
+    auto input = OIIO::ImageInput::open(name);
+    if (!input)
+        throw Error(ErrorPlace{name}, "cannot read it as an image (" + lastOiioError("unknown format") +
+                                      "); give a PNG, JPEG, TIFF, EXR, DPX or HDR file");
+    const OIIO::ImageSpec& spec = input->spec();
+    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1)
+        throw Error(ErrorPlace{name}, "holds no flat image with pixels; give a 2D image");
+    if (spec.width > limits.maxSide || spec.height > limits.maxSide)
+        throw Error(ErrorPlace{name}, "is " + std::to_string(spec.width) + "x" + std::to_string(spec.height) +
+                                      " pixels; each side may be at most " + std::to_string(limits.maxSide));
+
+    RgbImage image;
+    const OIIO::TypeDesc::BASETYPE base = static_cast<OIIO::TypeDesc::BASETYPE>(spec.format.basetype);
+    if (base == OIIO::TypeDesc::HALF || base == OIIO::TypeDesc::FLOAT || base == OIIO::TypeDesc::DOUBLE)
+        image.kind = SampleKind::Float;
+    else if (spec.format.size() == 1)
+        image.kind = SampleKind::Int8;
+    else
+        image.kind = SampleKind::Int16;
+    const OIIO::TypeDesc type = image.kind == SampleKind::Float ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16;
+    const std::uint64_t bytes = static_cast<std::uint64_t>(spec.width) * static_cast<std::uint64_t>(spec.height) *
+                                static_cast<std::uint64_t>(std::min(spec.nchannels, 3) + 3) * type.size();
+    if (limits.maxBytes != 0 && bytes > limits.maxBytes)
+        throw Error(ErrorPlace{name}, "a " + std::to_string(spec.width) + "x" + std::to_string(spec.height) +
+                                      " image needs more memory than this machine has; scale it down first");
+
+    // Read only the channels we use, then spread a grey one over red, green, blue.
+    const int channels = std::min(spec.nchannels, 3);
+    OIIO::ImageSpec readSpec(spec.width, spec.height, channels, type);
+    OIIO::ImageBuf read(readSpec);
+    if (!input->read_image(0, 0, 0, channels, type, read.localpixels()))
+        throw Error(ErrorPlace{name}, "cannot read its pixels (" + lastOiioError(input->geterror()) +
+                                      "); the file may be damaged");
+    // Some readers fill a truncated file's missing rows and only complain.
+    const std::string complaint = input->geterror();
+    if (!complaint.empty())
+        throw Error(ErrorPlace{name}, "is damaged (" + oneLine(complaint) + "); give an intact image");
+    input->close();
+
+    OIIO::ImageSpec rgbSpec(spec.width, spec.height, 3, type);
+    image.pixels.reset(rgbSpec);
+    const int sources[3] = {0, channels > 1 ? 1 : 0, channels > 2 ? 2 : 0};
+    if (channels == 2) {  // grey and alpha: the grey three times
+        const int grey[3] = {0, 0, 0};
+        OIIO::ImageBufAlgo::channels(image.pixels, read, 3, grey);
+    } else {
+        OIIO::ImageBufAlgo::channels(image.pixels, read, 3, sources);
+    }
+    // Keep what describes the picture (colour space, orientation, camera
+    // data), not how this file stored it (bit depth, compression).
+    for (const OIIO::ParamValue& attribute : spec.extra_attribs) {
+        const std::string attributeName = attribute.name().string();
+        if (describesPicture(attributeName))
+            image.pixels.specmod().attribute(attributeName, attribute.type(), attribute.data());
+    }
+    return image;
+}
+
+void requireWritableFormat(const std::filesystem::path& file)
+{
+    if (OIIO::ImageOutput::create(file.string()))
+        return;
+    OIIO::geterror();  // drop the message, ours says more
+    const std::string extension = file.extension().string();
+    const std::string problem = extension.empty() ? std::string("has no extension to choose an image format by")
+                                                  : "no image format is known for the extension " + extension;
+    throw Error(ErrorPlace{file.string()}, problem + "; " + kWritableHint);
+}
+
+bool isFloatFormat(const std::filesystem::path& file)
+{
+    const std::string extension = lowerExtension(file);
+    return extension == ".exr" || extension == ".hdr";
+}
+
+bool writeImageReplacing(const OIIO::ImageBuf& image, const std::filesystem::path& file,
+                         OIIO::TypeDesc sampleType, bool (*keep)())
+{
+    const std::string name = file.string();
+    requireWritableFormat(file);
+    // Hidden, with the process id, same extension (which picks the format),
+    // same folder (so the rename stays on one file system).
+    std::filesystem::path temporary = file;
+    temporary.replace_filename("." + file.stem().string() + ".tmp-" + std::to_string(getpid()) +
+                               file.extension().string());
+    if (!image.write(temporary.string(), sampleType)) {
+        const std::string why = image.geterror();
+        removeQuietly(temporary);
+        const std::string reason = why.empty() ? lastOiioError("write failed") : oneLine(why);
+        throw Error(ErrorPlace{name}, "cannot write it (" + reason +
+                                      "); check that the folder exists and is writable and the disk has room");
+    }
+    if (keep && !keep()) {
+        removeQuietly(temporary);
+        return false;
+    }
+    std::error_code error;
+    std::filesystem::rename(temporary, file, error);
+    if (error) {
+        removeQuietly(temporary);
+        throw Error(ErrorPlace{name}, "cannot put the image in place: " + error.message());
+    }
+    return true;
+}
+
+} // namespace korvane

@@ -1,0 +1,43 @@
+// ShotRenderer.h - the frames of a project through one plug-in instance.
+//
+// Opening a shot gives the instance the project's settings, initialises it,
+// has it register its channels ('ICHN') and keys them from the project.
+// Every frame is then independent of the ones before it: 'LCHN' loads all
+// of the frame's channel values into the settings, 'SETF' sets the frame
+// and the light from the light track, 'GENF' paints into the buffer. So a
+// frame rendered alone is byte for byte the frame rendered inside a run, in
+// any order and in any process.
+#pragma once
+
+#include "korvane/ChannelCalls.h"
+#include "korvane/PluginHost.h"
+#include "korvane/Project.h"
+
+#include <cstdint>
+
+namespace korvane {
+
+// The 'SETF' of a frame of the project: the frame's size, the light at its
+// place (fractions of the frame), colour, intensity, radius (a fraction of
+// the height) and rotation, and the frame's time at the project's rate.
+FrameSetup frameSetupFor(const Project& project, std::int32_t frame);
+
+class ShotRenderer {
+public:
+    // Throws PluginError when the plug-in refuses a step, Error when
+    // the project keys channels the plug-in does not offer.
+    ShotRenderer(PluginInstance& instance, const Project& project);
+
+    // Paints frame `frame` into the buffer (the project's frame size).
+    // Throws PluginError naming the command that failed.
+    void render(std::int32_t frame, const FrameBuffer& buffer);
+
+    const ChannelRange& range() const { return range_; }
+
+private:
+    PluginInstance& instance_;
+    const Project& project_;
+    ChannelRange range_;
+};
+
+} // namespace korvane
