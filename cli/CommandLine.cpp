@@ -8,6 +8,7 @@
 #include "korvane/Spelling.h"
 
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 #include <memory>
 #include <string_view>
@@ -103,6 +104,9 @@ int CommandLine::run(int argc, char** argv)
     if (chosen.empty() || !actions_.count(chosen.front()))
         return fail(2, "no command given; choose render, styles, sheet, info, project or edit");
     InterruptCatcher interrupts;
+    // Past a file size limit (ulimit -f) a write then fails with "File too
+    // large", which the frame reports, instead of the signal ending us.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         return actions_[chosen.front()]();
     } catch (const UsageError& e) {
@@ -110,7 +114,7 @@ int CommandLine::run(int argc, char** argv)
     } catch (const Cancelled&) {
         std::cout.flush();
         std::cerr << "glintwave: cancelled; nothing was written\n";
-        return 130;
+        return InterruptCatcher::exitStatus();
     } catch (const std::bad_alloc&) {
         return fail(1, "out of memory; try a smaller frame (--size) or background image");
     } catch (const std::exception& e) {

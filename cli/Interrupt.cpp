@@ -1,6 +1,9 @@
-// Interrupt.cpp - SIGINT raises a flag that the next progress report reads.
+// Interrupt.cpp - SIGINT and SIGTERM raise a flag that the next progress
+// report reads; a second one ends the process unless it is kept.
 
 #include "Interrupt.h"
+
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -9,11 +12,23 @@
 namespace glintwave::cli {
 namespace {
 
-volatile std::sig_atomic_t interruptFlag = 0;
+volatile std::sig_atomic_t firstSignal = 0;
+volatile std::sig_atomic_t secondSignal = 0;
+volatile std::sig_atomic_t secondIsKept = 0;
 
-extern "C" void onInterrupt(int)
+extern "C" void onSignal(int number)
 {
-    interruptFlag = 1;
+    if (firstSignal == 0) {
+        firstSignal = number;
+        return;
+    }
+    if (secondIsKept) {
+        secondSignal = 1;
+        return;
+    }
+    // Both calls are async-signal-safe; the default action ends the process.
+    std::signal(number, SIG_DFL);
+    std::raise(number);
 }
 
 } // namespace
@@ -21,19 +36,54 @@ extern "C" void onInterrupt(int)
 InterruptCatcher::InterruptCatcher()
 {
     struct sigaction action {};
-    action.sa_handler = onInterrupt;
+    action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, &previous_);
+    // No SA_RESTART: a blocking read or wait returns EINTR and looks at the flag.
+    sigaction(SIGINT, &action, &previousInterrupt_);
+    sigaction(SIGTERM, &action, &previousTerminate_);
 }
 
 InterruptCatcher::~InterruptCatcher()
 {
-    sigaction(SIGINT, &previous_, nullptr);
+    sigaction(SIGINT, &previousInterrupt_, nullptr);
+    sigaction(SIGTERM, &previousTerminate_, nullptr);
 }
 
 bool InterruptCatcher::interrupted()
 {
-    return interruptFlag != 0;
+    return firstSignal != 0;
+}
+
+int InterruptCatcher::signalNumber()
+{
+    return firstSignal;
+}
+
+int InterruptCatcher::exitStatus()
+{
+    return 128 + (firstSignal != 0 ? firstSignal : SIGINT);
+}
+
+bool InterruptCatcher::interruptedAgain()
+{
+    return secondSignal != 0;
+}
+
+void InterruptCatcher::keepSecondSignal()
+{
+    secondIsKept = 1;
+}
+
+void InterruptCatcher::dieOfSignal()
+{
+    const int number = firstSignal != 0 ? firstSignal : SIGINT;
+    std::signal(number, SIG_DFL);
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, number);
+    sigprocmask(SIG_UNBLOCK, &set, nullptr);
+    std::raise(number);
+    _exit(128 + number);
 }
 
 void InterruptCatcher::testHook()

@@ -1,9 +1,15 @@
-// Interrupt.h - Ctrl-C as a cancel.
+// Interrupt.h - SIGINT and SIGTERM as a cancel.
 //
-// While an InterruptCatcher lives, SIGINT only raises a flag (the one global
-// of the command: a signal handler can do nothing else safely). The render's
-// progress callback reads it and answers the plug-in's next 'STAT' with 4
-// (cancelled); the command then stops and writes nothing.
+// While an InterruptCatcher lives, the first SIGINT or SIGTERM only raises a
+// flag (the one global of the command: a signal handler can do nothing else
+// safely). The render's progress callback reads it and answers the
+// plug-in's next 'STAT' with 4 (cancelled); the command then stops, removes
+// what it had half written and exits 128 + the signal's number (130 for
+// SIGINT, 143 for SIGTERM), as a shell reports a process the signal ended.
+//
+// A second signal ends the process at once, by the signal itself. A process
+// that runs workers asks for the second one to be left to it
+// (keepSecondSignal): it kills its workers and cleans up after them first.
 //
 // Test hook: with GLINTWAVE_TEST_INTERRUPT=1 in the environment the command
 // raises SIGINT itself at the first progress report, so tests can cancel a
@@ -13,7 +19,6 @@
 #include "korvane/Error.h"
 
 #include <signal.h>
-
 
 namespace glintwave::cli {
 
@@ -30,14 +35,26 @@ public:
     InterruptCatcher& operator=(const InterruptCatcher&) = delete;
 
     static bool interrupted();
-    // A function pointer for korvane::writeImageReplacing: keep the file
+    // The signal that interrupted (SIGINT or SIGTERM), 0 while none came.
+    static int signalNumber();
+    // The exit status of a process the signal stopped: 128 + its number.
+    static int exitStatus();
+    // True once a second signal came to a process that keeps it.
+    static bool interruptedAgain();
+    // From now on a second signal only raises interruptedAgain().
+    static void keepSecondSignal();
+    // Ends the process by the signal that interrupted it, as if uncaught.
+    [[noreturn]] static void dieOfSignal();
+
+    // A keep function for korvane::writeImageReplacing: keep the file
     // unless interrupted.
     static bool notInterrupted() { return !interrupted(); }
     // Raises SIGINT when the test hook asks for it and none came yet.
     static void testHook();
 
 private:
-    struct sigaction previous_ {};
+    struct sigaction previousInterrupt_ {};
+    struct sigaction previousTerminate_ {};
 };
 
 } // namespace glintwave::cli

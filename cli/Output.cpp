@@ -87,9 +87,15 @@ void describeImage(OIIO::ImageBuf& image, const std::string& style, const Contro
         spec.attribute("DateTime", "");
 }
 
-void writeOutput(const OIIO::ImageBuf& image, const std::filesystem::path& file, OIIO::TypeDesc sampleType)
+void writeOutput(OIIO::ImageBuf& image, const std::filesystem::path& file, OIIO::TypeDesc sampleType,
+                 const std::function<void()>& whole)
 {
-    if (!korvane::writeImageReplacing(image, file, sampleType, &InterruptCatcher::notInterrupted))
+    const auto keep = [&whole] {
+        if (whole)
+            whole();
+        return InterruptCatcher::notInterrupted();
+    };
+    if (!korvane::writeImageReplacing(image, file, sampleType, keep))
         throw Cancelled();
 }
 

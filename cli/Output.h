@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace glintwave::cli {
@@ -32,8 +33,10 @@ void describeImage(OIIO::ImageBuf& image, const std::string& style, const Contro
                    const SceneOptions& scene);
 
 // Writes through a temporary name; Ctrl-C before the rename drops the file
-// and throws Cancelled.
-void writeOutput(const OIIO::ImageBuf& image, const std::filesystem::path& file, OIIO::TypeDesc sampleType);
+// and throws Cancelled. `whole`, when given, runs once the temporary file
+// is complete, just before the rename.
+void writeOutput(OIIO::ImageBuf& image, const std::filesystem::path& file, OIIO::TypeDesc sampleType,
+                 const std::function<void()>& whole = {});
 
 // "2.4 MB" for a file's size.
 std::string fileSizeText(const std::filesystem::path& file);

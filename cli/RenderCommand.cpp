@@ -40,7 +40,7 @@ struct RenderOptions {
     std::string frames;
     int threads = 0;
     bool skipExisting = false;
-    int reportFd = -1;
+    int workerSocket = -1;
     const CLI::App* command = nullptr;
 };
 
@@ -68,7 +68,7 @@ int runSequence(const RenderOptions& options, const CommonOptions& common)
     sequence.depth = options.depth;
     sequence.threads = options.threads;
     sequence.skipExisting = options.skipExisting;
-    sequence.reportFd = options.reportFd;
+    sequence.workerSocket = options.workerSocket;
     return renderSequence(sequence, common);
 }
 
@@ -180,7 +180,7 @@ void addRenderCommand(CommandLine& line)
     command->add_flag("--skip-existing", options->skipExisting, "leave frames whose file exists as they are")
         ->group("Sequence");
     // How a parallel run hands frames to its worker processes; not for people.
-    command->add_option("--worker-report", options->reportFd)->group("");
+    command->add_option("--worker-socket", options->workerSocket)->group("");
     addLightOptions(*command, options->scene);
     addSettingOptions(*command, options->scene.settings);
 }

@@ -8,22 +8,25 @@
 #include "Interrupt.h"
 #include "Output.h"
 #include "ProgressLine.h"
+#include "WorkerPool.h"
 
 #include "korvane/FrameRange.h"
 #include "korvane/ImageIO.h"
 #include "korvane/ShotRenderer.h"
 
-#include <fcntl.h>
 #include <sched.h>
-#include <spawn.h>
-#include <sys/wait.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <iostream>
 #include <map>
 #include <optional>
@@ -37,16 +40,6 @@ struct Shot {
     korvane::FramePattern output{""};
     std::optional<korvane::FramePattern> over;
     int depth = 48;
-};
-
-// Where a worker reports its frames: the progress bar of this process, or
-// the pipe to the process that started it.
-class Reporter {
-public:
-    virtual ~Reporter() = default;
-    virtual void written(std::int32_t frame) = 0;
-    virtual void failed(std::int32_t frame, const std::string& why) = 0;
-    virtual void progress(float) {}
 };
 
 std::string oneLine(std::string text)
@@ -79,7 +72,8 @@ SceneOptions sceneAt(const korvane::Project& project, std::int32_t frame)
     return scene;
 }
 
-void renderFrame(const Shot& shot, std::int32_t frame, FlareRenderer& renderer, korvane::ShotRenderer& frames)
+void renderFrame(const Shot& shot, std::int32_t frame, FlareRenderer& renderer, korvane::ShotRenderer& frames,
+                 const std::function<void()>& whole)
 {
     const korvane::Project& project = shot.project;
     const FrameSize size{project.width, project.height};
@@ -101,13 +95,16 @@ void renderFrame(const Shot& shot, std::int32_t frame, FlareRenderer& renderer, 
     const ControlDataRec settings = settingsOf(renderer.instance());
     describeImage(image, styleText(renderer.styles(), settings.flareLens), settings, sceneAt(project, frame));
     image.specmod().attribute("glintwave:frame", frame);
-    writeOutput(image, file, sampleTypeFor(file, shot.depth, background));
+    writeOutput(image, file, sampleTypeFor(file, shot.depth, background), whole);
 }
 
-// Renders the frames with one plug-in instance. Returns false when Ctrl-C
+// The next frame to render; nothing when there are no more.
+using FrameSource = std::function<std::optional<std::int32_t>()>;
+
+// Renders frames with one plug-in instance. Returns false when a signal
 // stopped it; throws when the plug-in or the project cannot be used at all.
-bool renderFrames(const Shot& shot, const korvane::FrameList& frames, const CommonOptions& common,
-                  Reporter& report)
+bool renderFrames(const Shot& shot, const FrameSource& next, const CommonOptions& common, FrameReport& report,
+                  const std::function<void(std::int32_t)>& whole = {})
 {
     FlareRenderer renderer(common.pluginFile(), false);
     korvane::ShotRenderer shotRenderer(renderer.instance(), shot.project);
@@ -118,27 +115,30 @@ bool renderFrames(const Shot& shot, const korvane::FrameList& frames, const Comm
         report.progress(progress.position);
         return kPluginNoError;
     });
-    for (const std::int32_t frame : frames) {
+    while (const std::optional<std::int32_t> frame = next()) {
         if (InterruptCatcher::interrupted())
             return false;
         try {
-            renderFrame(shot, frame, renderer, shotRenderer);
-            report.written(frame);
+            renderFrame(shot, *frame, renderer, shotRenderer, [&] {
+                if (whole)
+                    whole(*frame);
+            });
+            report.written(*frame);
         } catch (const Cancelled&) {
             return false;
         } catch (const std::bad_alloc&) {
-            report.failed(frame, "out of memory");
+            report.failed(*frame, "out of memory");
         } catch (const std::exception& e) {
             if (InterruptCatcher::interrupted())
                 return false;
-            report.failed(frame, e.what());
+            report.failed(*frame, e.what());
         }
     }
-    return true;
+    return !InterruptCatcher::interrupted();
 }
 
 // The frames of the whole run, as the command's process sees them.
-class Tally : public Reporter {
+class Tally : public FrameReport {
 public:
     Tally(std::size_t total, bool showProgress) : total_(total), bar_(showProgress) {}
 
@@ -163,8 +163,15 @@ public:
     }
     void clear() { bar_.clear(); }
 
-    bool reported(std::int32_t frame) const { return done_.count(frame) != 0; }
     std::size_t writtenCount() const { return done_.size() - failures_.size(); }
+    korvane::FrameList writtenFrames() const
+    {
+        korvane::FrameList frames;
+        for (const auto& [frame, written] : done_)
+            if (written)
+                frames.push_back(frame);
+        return frames;
+    }
     std::vector<std::int32_t>& failures() { return failures_; }
 
 private:
@@ -174,56 +181,7 @@ private:
     std::vector<std::int32_t> failures_;
 };
 
-// A worker's reports as lines on the shared pipe: "written F", "failed F
-// WHY", "fatal WHY". A line of at most PIPE_BUF bytes is written at once, so
-// workers' lines never mix.
-class PipeReporter : public Reporter {
-public:
-    explicit PipeReporter(int fd) : fd_(fd) {}
-    void written(std::int32_t frame) override { send("written " + std::to_string(frame)); }
-    void failed(std::int32_t frame, const std::string& why) override
-    {
-        send("failed " + std::to_string(frame) + " " + why);
-    }
-    void send(std::string line)
-    {
-        line = oneLine(std::move(line)).substr(0, PIPE_BUF - 1) + "\n";
-        while (write(fd_, line.data(), line.size()) < 0 && errno == EINTR) {
-        }
-    }
-
-private:
-    int fd_;
-};
-
-// The lines of the pipe, until every worker has closed it.
-class PipeReader {
-public:
-    explicit PipeReader(int fd) : fd_(fd) {}
-    bool next(std::string& line)
-    {
-        for (std::size_t end; (end = pending_.find('\n')) == std::string::npos;) {
-            char buffer[4096];
-            const ssize_t got = read(fd_, buffer, sizeof buffer);
-            if (got < 0 && errno == EINTR)
-                continue;
-            if (got <= 0)
-                return false;
-            pending_.append(buffer, static_cast<std::size_t>(got));
-        }
-        const std::size_t end = pending_.find('\n');
-        line = pending_.substr(0, end);
-        pending_.erase(0, end + 1);
-        return true;
-    }
-
-private:
-    int fd_;
-    std::string pending_;
-};
-
-// A frame list as a range text, runs of even steps as "a-bxs", so a
-// worker's share of a long shot stays a short argument.
+// A frame list as a range text, runs of even steps as "a-b" or "a-bxs".
 std::string frameText(const korvane::FrameList& frames)
 {
     std::string text;
@@ -234,7 +192,8 @@ std::string frameText(const korvane::FrameList& frames)
             end++;
         text += text.empty() ? "" : ",";
         if (end - i >= 3) {
-            text += std::to_string(frames[i]) + "-" + std::to_string(frames[end - 1]) + "x" + std::to_string(step);
+            text += std::to_string(frames[i]) + "-" + std::to_string(frames[end - 1]) +
+                    (step == 1 ? "" : "x" + std::to_string(step));
             i = end;
         } else {
             text += std::to_string(frames[i]);
@@ -244,98 +203,103 @@ std::string frameText(const korvane::FrameList& frames)
     return text;
 }
 
-// Runs `processes` workers, worker k taking frames k, k + processes, ...
-// Each worker is this program again (`render --worker-report FD`), started
-// afresh rather than forked: the image libraries keep thread pools that a
-// forked child would wait on forever. Returns false when Ctrl-C stopped them.
-bool renderInWorkers(const SequenceOptions& options, const korvane::FrameList& frames, int processes,
-                     const CommonOptions& common, Tally& tally)
+// A worker's end of its socket: frames in, one number a line; reports out,
+// "written F", "failed F WHY" or "fatal WHY". A report line goes out whole
+// in one send.
+class WorkerSocket : public FrameReport {
+public:
+    explicit WorkerSocket(int fd) : fd_(fd) {}
+    void written(std::int32_t frame) override { send("written " + std::to_string(frame)); }
+    void failed(std::int32_t frame, const std::string& why) override
+    {
+        send("failed " + std::to_string(frame) + " " + why);
+    }
+    void send(std::string line)
+    {
+        line = oneLine(std::move(line)).substr(0, 4000) + "\n";
+        // The process that started us may be gone: no SIGPIPE, the next read ends.
+        while (::send(fd_, line.data(), line.size(), MSG_NOSIGNAL) < 0 && errno == EINTR) {
+        }
+    }
+    // The next frame; nothing at the socket's end, on a signal or on a line
+    // that is not a frame number.
+    std::optional<std::int32_t> next()
+    {
+        for (std::size_t end; (end = pending_.find('\n')) == std::string::npos;) {
+            char buffer[64];
+            const ssize_t got = read(fd_, buffer, sizeof buffer);
+            if (got < 0 && errno == EINTR && !InterruptCatcher::interrupted())
+                continue;
+            if (got <= 0 || pending_.size() > 64)
+                return std::nullopt;
+            pending_.append(buffer, static_cast<std::size_t>(got));
+        }
+        const std::size_t end = pending_.find('\n');
+        const std::string line = pending_.substr(0, end);
+        pending_.erase(0, end + 1);
+        char* stop = nullptr;
+        errno = 0;
+        const long frame = std::strtol(line.c_str(), &stop, 10);
+        if (line.empty() || *stop != '\0' || errno != 0 || frame < INT32_MIN || frame > INT32_MAX)
+            return std::nullopt;
+        return static_cast<std::int32_t>(frame);
+    }
+
+private:
+    int fd_;
+    std::string pending_;
+};
+
+// Test hook: GLINTWAVE_TEST_WORKER_DIES=F makes every worker that writes
+// frame F kill itself once the frame's temporary file is whole, as the
+// kernel's out-of-memory killer might.
+std::optional<std::int32_t> frameToDieAt()
 {
-    int ends[2];
-    if (pipe(ends) != 0 || fcntl(ends[0], F_SETFD, FD_CLOEXEC) != 0)
-        throw korvane::Error(std::string("cannot start worker processes: ") + std::strerror(errno));
-    std::error_code error;
-    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
-    std::cout.flush();
-    std::cerr.flush();
-    std::vector<pid_t> workers;
-    std::string ending;
-    for (int k = 0; k < processes && !error; k++) {
-        korvane::FrameList mine;
-        for (std::size_t i = static_cast<std::size_t>(k); i < frames.size(); i += static_cast<std::size_t>(processes))
-            mine.push_back(frames[i]);
-        std::vector<std::string> arguments = {self.string(), "-q", "render", "--project", options.project.string(),
-                                              "--frames", frameText(mine), "-o", options.output, "--depth",
-                                              std::to_string(options.depth), "--worker-report",
-                                              std::to_string(ends[1])};
-        if (!options.over.empty())
-            arguments.insert(arguments.end(), {"--over", options.over});
-        if (!common.plugin.empty())
-            arguments.insert(arguments.end(), {"--plugin", common.plugin.string()});
-        std::vector<char*> argv;
-        for (std::string& argument : arguments)
-            argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        pid_t pid = 0;
-        const int failure = posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ);
-        if (failure != 0) {
-            ending = std::string("its worker process could not start: ") + std::strerror(failure);
-            break;
-        }
-        workers.push_back(pid);
-    }
-    if (error)
-        ending = "its worker process could not start: " + error.message();
-    close(ends[1]);
-
-    PipeReader reader(ends[0]);
-    std::string fatal;
-    for (std::string line; reader.next(line);) {
-        const std::size_t space = line.find(' ');
-        const std::string word = line.substr(0, space);
-        const std::string rest = space == std::string::npos ? "" : line.substr(space + 1);
-        const std::size_t gap = rest.find(' ');
-        const auto frame = static_cast<std::int32_t>(std::strtol(rest.c_str(), nullptr, 10));
-        if (word == "fatal" && fatal.empty())
-            fatal = rest;
-        else if (word == "written")
-            tally.written(frame);
-        else if (word == "failed")
-            tally.failed(frame, gap == std::string::npos ? "" : rest.substr(gap + 1));
-    }
-    close(ends[0]);
-
-    bool cancelled = false;
-    for (const pid_t pid : workers) {
-        int status = 0;
-        while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-        }
-        if (WIFEXITED(status) && WEXITSTATUS(status) == 130)
-            cancelled = true;
-        else if (WIFSIGNALED(status))
-            ending = "its worker process ended with signal " + std::to_string(WTERMSIG(status));
-    }
-    if (!fatal.empty())
-        throw korvane::Error(fatal);
-    if (cancelled || InterruptCatcher::interrupted())
-        return false;
-    for (const std::int32_t frame : frames)
-        if (!tally.reported(frame))
-            tally.failed(frame, ending.empty() ? "its worker process stopped early" : ending);
-    return true;
+    const char* hook = std::getenv("GLINTWAVE_TEST_WORKER_DIES");
+    if (!hook || !*hook)
+        return std::nullopt;
+    return static_cast<std::int32_t>(std::strtol(hook, nullptr, 10));
 }
 
-// A worker: renders its frames and reports them on the pipe; the exit
-// status says whether Ctrl-C stopped it (130) or it could not start (1).
-int runWorker(const Shot& shot, const korvane::FrameList& frames, const CommonOptions& common, int fd)
+// A worker: renders the frames its socket hands it and reports each. Exit
+// status 0 at the socket's end, 128 + N when signal N stopped it, 1 when it
+// could not render at all.
+int runWorker(const Shot& shot, const CommonOptions& common, int fd)
 {
-    PipeReporter report(fd);
+    // Should the process that started us die, stop as if it had said so.
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    WorkerSocket socket(fd);
+    const std::optional<std::int32_t> dieAt = frameToDieAt();
     try {
-        return renderFrames(shot, frames, common, report) ? 0 : 130;
+        const bool finished = renderFrames(shot, [&socket] { return socket.next(); }, common, socket,
+                                           [dieAt](std::int32_t frame) {
+                                               if (dieAt && *dieAt == frame)
+                                                   std::raise(SIGKILL);
+                                           });
+        return finished ? 0 : InterruptCatcher::exitStatus();
     } catch (const std::exception& e) {
-        report.send(std::string("fatal ") + e.what());
+        socket.send(std::string("fatal ") + e.what());
         return 1;
     }
+}
+
+// The command line of a worker of this run; the pool adds its socket.
+std::vector<std::string> workerCommand(const SequenceOptions& options, const CommonOptions& common)
+{
+    std::error_code error;
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error)
+        throw korvane::Error("cannot start worker processes: this program's file is unknown (" + error.message() +
+                             "); render with --threads 1");
+    std::vector<std::string> command = {self.string(), "-q", "render", "--project", options.project.string(),
+                                        "-o", options.output, "--depth", std::to_string(options.depth)};
+    if (!options.frames.empty())
+        command.insert(command.end(), {"--frames", options.frames});
+    if (!options.over.empty())
+        command.insert(command.end(), {"--over", options.over});
+    if (!common.plugin.empty())
+        command.insert(command.end(), {"--plugin", common.plugin.string()});
+    return command;
 }
 
 std::string frameList(const std::vector<std::int32_t>& frames)
@@ -380,8 +344,8 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
     checkOutputPath(shot.output.name(frames.front()));
     requireFrameMemory(shot.project.width, shot.project.height);
 
-    if (options.reportFd >= 0)
-        return runWorker(shot, frames, common, options.reportFd);
+    if (options.workerSocket >= 0)
+        return runWorker(shot, common, options.workerSocket);
     const std::size_t named = frames.size();
     if (options.skipExisting) {
         std::error_code ignored;
@@ -393,18 +357,36 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
     const auto start = std::chrono::steady_clock::now();
     Tally tally(frames.size(), !common.quiet);
     bool finished = true;
-    if (processes == 1)
-        finished = renderFrames(shot, frames, common, tally);
-    else if (processes > 1)
-        finished = renderInWorkers(options, frames, processes, common, tally);
+    if (processes == 1) {
+        std::size_t position = 0;
+        finished = renderFrames(
+            shot,
+            [&]() -> std::optional<std::int32_t> {
+                if (position == frames.size())
+                    return std::nullopt;
+                return frames[position++];
+            },
+            common, tally);
+    } else if (processes > 1) {
+        WorkerPoolSetup pool;
+        pool.command = workerCommand(options, common);
+        pool.processes = processes;
+        pool.removeLeftovers = [&shot](std::int32_t frame, pid_t worker) {
+            std::error_code ignored;
+            std::filesystem::remove(korvane::temporaryImageName(shot.output.name(frame), worker), ignored);
+        };
+        finished = renderInWorkerPool(pool, frames, tally);
+    }
     tally.clear();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
     if (!finished) {
         std::cout.flush();
-        std::cerr << "glintwave: cancelled; " << tally.writtenCount()
-                  << " frames were written whole, the frames in progress were not\n";
-        return 130;
+        const korvane::FrameList written = tally.writtenFrames();
+        std::cerr << "glintwave: cancelled; " << written.size() << " of " << frames.size() << " frames were written"
+                  << (written.empty() ? "" : " (" + frameText(written) + ")")
+                  << "; the frames in progress were not and left no files\n";
+        return InterruptCatcher::exitStatus();
     }
     std::vector<std::int32_t>& failures = tally.failures();
     std::sort(failures.begin(), failures.end());

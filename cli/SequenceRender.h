@@ -8,11 +8,13 @@
 // paths), so a frame rendered alone, in any order, in any process or on any
 // machine of the same build is byte for byte the frame of a whole run.
 //
-// Parallel frames run in worker processes (this program again), each with
-// its own plug-in and so its own module state; a worker takes every Nth
-// frame of the list and reports each frame on one shared pipe. A frame that fails (a missing
-// background frame, a refused write, the plug-in's error) is reported and
-// the others still render; the command then fails naming every failed frame.
+// Parallel frames run in worker processes (this program again, see
+// WorkerPool.h), each with its own plug-in and so its own module state,
+// taking one frame at a time. A frame that fails (a missing background
+// frame, a refused write, the plug-in's error, a worker that died twice) is
+// reported and the others still render; the command then fails naming every
+// failed frame. SIGINT or SIGTERM stops the run: exit 130 or 143, naming the
+// frames that were written.
 #pragma once
 
 #include "CommandLine.h"
@@ -30,7 +32,7 @@ struct SequenceOptions {
     int depth = 48;
     int threads = 0;     // processes; 0: the CPUs this process may use
     bool skipExisting = false;
-    int reportFd = -1;   // a worker of another run: report frames on this pipe
+    int workerSocket = -1;  // a worker of another run: frames in and reports out on this socket
 };
 
 int renderSequence(const SequenceOptions& options, const CommonOptions& common);

@@ -4,9 +4,13 @@
 
 #include "korvane/Error.h"
 
+#include "WholeFile.h"
+
 #include <unistd.h>
 
-#include <fstream>
+#include <cerrno>
+#include <cstring>
+
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -36,19 +40,8 @@ void writeFileReplacing(const std::filesystem::path& path, std::span<const std::
     // folder, so the rename stays on one file system.
     std::filesystem::path temporary = path;
     temporary.replace_filename("." + path.filename().string() + ".tmp-" + std::to_string(getpid()));
-    {
-        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-        if (!out)
-            throw Error(path.string() + ": cannot create " + temporary.filename().string());
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        out.flush();
-        if (!out) {
-            out.close();
-            std::error_code ignored;
-            std::filesystem::remove(temporary, ignored);
-            throw Error(path.string() + ": write error (disk full?)");
-        }
-    }
+    if (const int failure = writeNewFile(temporary, bytes))
+        throw Error(path.string() + ": cannot write it: " + std::strerror(failure));
     std::error_code error;
     std::filesystem::rename(temporary, path, error);
     if (error) {

@@ -2,12 +2,17 @@
 
 #include "korvane/ImageIO.h"
 
+#include "WholeFile.h"
+
+#include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imagebufalgo.h>
 #include <OpenImageIO/imageio.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <cstring>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -139,23 +144,39 @@ bool isFloatFormat(const std::filesystem::path& file)
     return extension == ".exr" || extension == ".hdr";
 }
 
-bool writeImageReplacing(const OIIO::ImageBuf& image, const std::filesystem::path& file,
-                         OIIO::TypeDesc sampleType, bool (*keep)())
+std::filesystem::path temporaryImageName(const std::filesystem::path& file, long pid)
 {
-    const std::string name = file.string();
-    requireWritableFormat(file);
     // Hidden, with the process id, same extension (which picks the format),
     // same folder (so the rename stays on one file system).
     std::filesystem::path temporary = file;
-    temporary.replace_filename("." + file.stem().string() + ".tmp-" + std::to_string(getpid()) +
-                               file.extension().string());
-    if (!image.write(temporary.string(), sampleType)) {
+    temporary.replace_filename("." + file.stem().string() + ".tmp-" + std::to_string(pid) + file.extension().string());
+    return temporary;
+}
+
+bool writeImageReplacing(OIIO::ImageBuf& image, const std::filesystem::path& file, OIIO::TypeDesc sampleType,
+                         const std::function<bool()>& keep)
+{
+    const std::string name = file.string();
+    requireWritableFormat(file);
+    // The image is encoded in memory and written with our own checked calls:
+    // some of the library's writers do not notice a write that failed
+    // (a full disk, a file size limit) and would leave a cut-off file.
+    std::vector<unsigned char> encoded;
+    OIIO::Filesystem::IOVecOutput memory(encoded);
+    image.set_write_ioproxy(&memory);
+    // The name picks the format; formats that record it (DPX) get the file's
+    // own name, never a folder or a temporary name.
+    const bool made = image.write(file.filename().string(), sampleType);
+    image.set_write_ioproxy(nullptr);
+    if (!made) {
         const std::string why = image.geterror();
-        removeQuietly(temporary);
-        const std::string reason = why.empty() ? lastOiioError("write failed") : oneLine(why);
-        throw Error(ErrorPlace{name}, "cannot write it (" + reason +
-                                      "); check that the folder exists and is writable and the disk has room");
+        throw Error(ErrorPlace{name}, "cannot encode it (" + (why.empty() ? lastOiioError("write failed") : oneLine(why)) +
+                                      ")");
     }
+    const std::filesystem::path temporary = temporaryImageName(file, getpid());
+    if (const int failure = writeNewFile(temporary, encoded))
+        throw Error(ErrorPlace{name}, std::string("cannot write it: ") + std::strerror(failure) +
+                                      (failure == ENOENT ? "; make the folder first" : ""));
     if (keep && !keep()) {
         removeQuietly(temporary);
         return false;

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace korvane {
@@ -41,15 +42,20 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
 // extension; the message lists the extensions to use instead.
 void requireWritableFormat(const std::filesystem::path& file);
 
-// Writes the image to a hidden temporary name with the same extension in the
-// target's folder, then renames it over `file`, so a reader never sees half
-// an image and a failure leaves nothing behind. `sampleType` is the stored
+// Encodes the image in memory, writes it to a hidden temporary name with
+// the same extension in the target's folder and renames that over `file`,
+// so a reader never sees half an image and a failure (a full disk, a file
+// size limit, a read-only or missing folder) leaves nothing behind. `sampleType` is the stored
 // sample type (UINT8, UINT16, HALF, FLOAT); formats that cannot store it
 // take their nearest. `keep` is asked just before the rename: false drops
 // the written file and returns false (a cancel while writing). Throws
 // Error.
-bool writeImageReplacing(const OIIO::ImageBuf& image, const std::filesystem::path& file,
-                         OIIO::TypeDesc sampleType, bool (*keep)() = nullptr);
+bool writeImageReplacing(OIIO::ImageBuf& image, const std::filesystem::path& file, OIIO::TypeDesc sampleType,
+                         const std::function<bool()>& keep = {});
+
+// The temporary name writeImageReplacing uses in process `pid` for `file`:
+// what to remove after a process died while writing it.
+std::filesystem::path temporaryImageName(const std::filesystem::path& file, long pid);
 
 // True for formats that store floating-point samples (EXR, HDR).
 bool isFloatFormat(const std::filesystem::path& file);
