@@ -2,7 +2,7 @@
 # slurm-array.sh - runs a command as a Slurm job array on a one-node cluster
 # that it starts on loopback, then stops it again.
 #
-#   tests/farm/slurm-array.sh --frames 1-24 --tasks 4 [--dir D] -- 'COMMAND'
+#   tests/farm/slurm-array.sh --frames 1-24 --tasks 4 [--dir D] [--cancel-when GLOB] -- 'COMMAND'
 #
 # The frames are cut into --tasks chunks of equal length (the last may be
 # shorter); array task i runs COMMAND with bash in D (default: the current
@@ -15,7 +15,12 @@
 # the daemons stopped by the process ids they wrote. Needs root and Debian's
 # slurm-wlm and munge (scripts/setup.sh --tests installs them).
 #
-# Exit status: 0 when every task completed; 1 when a task failed, the array
+# With --cancel-when 'GLOB...', the array is cancelled (scancel: SIGTERM to
+# every process of its tasks) as soon as every GLOB matches a file in D, and
+# it succeeds when every task then ended cancelled.
+#
+# Exit status: 0 when every task completed (or, with --cancel-when, ended
+# cancelled); 1 when a task failed, the array
 # did not finish in FARM_TIMEOUT seconds (default 600), a tool is missing or
 # the cluster we configured misbehaves, naming the tasks and showing their
 # logs; 2 when this machine cannot start the cluster (not root, a daemon
@@ -29,12 +34,13 @@ say() { echo "farm: $*" >&2; }
 cannot_start() { say "the one-node cluster cannot start: $*"; exit 2; }
 failed() { say "FAILED: $*"; exit 1; }
 
-frames="" tasks="" dir=$PWD
+frames="" tasks="" dir=$PWD cancelWhen=""
 while (($#)); do
   case $1 in
     --frames) frames=$2; shift 2 ;;
     --tasks) tasks=$2; shift 2 ;;
     --dir) dir=$2; shift 2 ;;
+    --cancel-when) cancelWhen=$2; shift 2 ;;
     --) shift; break ;;
     *) say "unknown option '$1'"; exit 64 ;;
   esac
@@ -163,11 +169,32 @@ job=$(sbatch --parsable --array=0-$((arrayTasks - 1)) -D "$dir" -o "$W/logs/task
         "$W/task.sh") || { show_logs; failed "sbatch refused the array"; }
 say "array $job: frames $first-$last in $arrayTasks tasks of up to $chunk frames"
 
+all_exist() {
+  local glob
+  for glob; do compgen -G "$dir/$glob" >/dev/null || return 1; done
+}
 deadline=$((SECONDS + ${FARM_TIMEOUT:-600}))
+cancelled=0
 while [[ -n $(squeue -h -j "$job" -o %i 2>/dev/null) ]]; do
   ((SECONDS < deadline)) || { say "FAILED: array $job still running after ${FARM_TIMEOUT:-600} s"; squeue >&2; exit 1; }
+  if [[ -n $cancelWhen ]] && ((!cancelled)) && all_exist $cancelWhen; then
+    say "cancelling array $job: $cancelWhen exist"
+    scancel "$job"
+    cancelled=1
+  fi
   sleep 0.2
 done
+
+if [[ -n $cancelWhen ]]; then
+  ((cancelled)) || failed "array $job ended before anything matched $cancelWhen"
+  states=$(grep "ArrayJobId=$job " "$W/jobcomp.txt" 2>/dev/null | grep -o 'JobState=[A-Z_]*' | sort | uniq -c || true)
+  for log in "$W"/logs/task-*.log; do cat "$log"; done
+  if grep "ArrayJobId=$job " "$W/jobcomp.txt" 2>/dev/null | grep -v 'JobState=CANCELLED' | grep -q .; then
+    failed "not every task ended cancelled: $states"
+  fi
+  say "every task of array $job ended cancelled"
+  exit 0
+fi
 
 # jobcomp keeps one record per task once it ends.
 completed=$(grep "ArrayJobId=$job " "$W/jobcomp.txt" 2>/dev/null | grep -c 'JobState=COMPLETED' || true)
