@@ -77,7 +77,7 @@ struct HostScript {
     korvane::HostOptions options(FuzzedDataProvider& input)
     {
         constexpr auto kHeader = static_cast<std::int32_t>(sizeof(PluginDataRec));
-        static const std::int32_t kBudgets[] = {2 << 20, 16 << 10, 0, 100, kHeader + 1, kHeader + 3000};
+        static const std::int32_t kBudgets[] = {256 << 10, 16 << 10, 0, 100, kHeader + 1, kHeader + 3000};
         korvane::HostOptions host;
         host.moveBlocks = input.ConsumeBool();
         host.statusIntervalTicks = 0;

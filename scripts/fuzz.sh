@@ -3,8 +3,12 @@
 #   scripts/fuzz.sh                 briefly: the committed corpus plus a bounded
 #                                   number of new inputs per harness (CI)
 #   scripts/fuzz.sh long SECONDS [HARNESS...]
-#                                   SECONDS per harness (default 3600); new
-#                                   inputs are kept in build-fuzz/corpus/NAME
+#                                   10 million executions per harness, or
+#                                   SECONDS (default 3600) if that comes
+#                                   first; new inputs are kept in
+#                                   build-fuzz/corpus/NAME, and one line per
+#                                   harness (executions, seconds, findings)
+#                                   in build-fuzz/long-runs.txt
 # A harness that finds a fault stops with its input written to
 # build-fuzz/artifacts/; add that file to fuzz/corpus/NAME/ once it is fixed.
 set -euo pipefail
@@ -29,6 +33,9 @@ if [ ${#harnesses[@]} -eq 0 ]; then
 fi
 mkdir -p "$build/artifacts"
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1
+# Long runs skip recording where each allocation was made (a fifth of their
+# time); a finding is replayed from its artifact with the full report.
+[ "$mode" = long ] && ASAN_OPTIONS+=:malloc_context_size=0
 for name in "${harnesses[@]}"; do
   options=(-max_len=4096 -artifact_prefix="$build/artifacts/$name-" -print_final_stats=1)
   [ -f "$root/fuzz/$name.dict" ] && options+=(-dict="$root/fuzz/$name.dict")
@@ -37,16 +44,23 @@ for name in "${harnesses[@]}"; do
   if [ "$mode" = long ]; then
     mkdir -p "$build/corpus/$name"
     found=$build/corpus/$name
-    options+=(-max_total_time="$seconds")
+    options+=(-runs="${GLINTWAVE_FUZZ_RUNS:-10000000}" -max_total_time="$seconds")
+    started=$(date +%s)
   else
     # New inputs go to a scratch folder: the committed corpus stays as it is.
     found=$(mktemp -d)
     options+=(-runs=20000 -max_total_time=10)
   fi
   echo "== fuzz $name"
-  "$build/${name}_fuzzer" "${options[@]}" "$found" "$root/fuzz/corpus/$name" 2>&1 |
-    grep -E '^(stat::number_of_executed_units|#[0-9]+ +DONE)|ERROR|SUMMARY|Test unit written' || true
-  status=${PIPESTATUS[0]}
+  log=$(mktemp)
+  "$build/${name}_fuzzer" "${options[@]}" "$found" "$root/fuzz/corpus/$name" >"$log" 2>&1 && status=0 || status=$?
+  grep -E '^(stat::number_of_executed_units|#[0-9]+ +DONE)|ERROR|SUMMARY|Test unit written' "$log" || true
+  if [ "$mode" = long ]; then
+    executions=$(grep -oE 'number_of_executed_units: *[0-9]+' "$log" | grep -oE '[0-9]+$' || echo "?")
+    echo "$name: $executions executions in $(( $(date +%s) - started )) s, exit $status" \
+         "$(grep -m1 -oE 'ERROR: .*' "$log" || echo "no findings")" | tee -a "$build/long-runs.txt"
+  fi
+  rm -f "$log"
   [ "$mode" = long ] || rm -rf "$found"
   [ "$status" -eq 0 ] || { echo "fuzz: $name failed"; exit 1; }
 done

@@ -28,6 +28,30 @@ constexpr int32_t kMinRingSegments = 4;
    ring can keep the sketch busy for long. */
 constexpr int32_t kMaxRingSegments = 1 << 20;
 
+/* True when every point of the ring lies outside the buffer because the
+   ring encloses it: each point of an ellipse lies at least its smaller radius
+   from the centre, so a buffer whose farthest corner is nearer than that gets
+   no point. Close-ups of large flares meet such rings; skipping them spares
+   the walk round a circumference of up to a million points. The slack covers
+   the rounding of the walk's arithmetic many times over, so the skip never
+   drops a point the walk would plot. */
+bool RingEnclosesBuffer(const GlintwaveBuffer* theBuffer, float xc, float yc, float xr, float yr)
+{
+    if (theBuffer->bufferRect.width > (uint32_t)INT32_MAX || theBuffer->bufferRect.height > (uint32_t)INT32_MAX)
+        return false;
+    double nearX = fabs((double)xc);
+    double farX = fabs((double)xc - (double)theBuffer->bufferRect.width);
+    double nearY = fabs((double)yc);
+    double farY = fabs((double)yc - (double)theBuffer->bufferRect.height);
+    double reachX = nearX > farX ? nearX : farX;
+    double reachY = nearY > farY ? nearY : farY;
+    double reach = sqrt(reachX * reachX + reachY * reachY);
+    double inner = xr < yr ? (double)xr : (double)yr;
+    double slack = 1.0 + 1e-9 * ((double)xr + (double)yr + nearX + nearY);
+    /* NaN anywhere makes the comparison false: the walk decides. */
+    return reach + slack < inner;
+}
+
 }  // namespace
 
 void SketchFlare(ControlDataRec* theControl, PluginDataRec* theData, bool statusFlag, int32_t* result)
@@ -78,6 +102,8 @@ void SketchRing(const GlintwaveBuffer* theBuffer, const RingElement* theRing, do
     float xr = fabsf(theRing->ringXRadius);
     float yr = fabsf(theRing->ringYRadius);
     if (theBuffer->bufferBase == nullptr || std::isnan(xr) || std::isnan(yr))
+        return;
+    if (RingEnclosesBuffer(theBuffer, xc, yc, xr, yr))
         return;
 
     float largest = xr > yr ? xr : yr;

@@ -49,12 +49,15 @@ struct Extent {
     std::int16_t id;
 };
 
-// The first two extents (in address order) that share bytes.
-std::optional<std::pair<Extent, Extent>> firstOverlap(std::vector<Extent> extents)
+// The first two extents (in address order) that share bytes; sorts them in place.
+std::optional<std::pair<Extent, Extent>> firstOverlap(std::vector<Extent>& extents)
 {
-    std::sort(extents.begin(), extents.end(), [](const Extent& a, const Extent& b) {
+    const auto inAddressOrder = [](const Extent& a, const Extent& b) {
         return std::tie(a.start, a.type, a.id) < std::tie(b.start, b.type, b.id);
-    });
+    };
+    // Files written in order (ours are) need no sort.
+    if (!std::is_sorted(extents.begin(), extents.end(), inAddressOrder))
+        std::sort(extents.begin(), extents.end(), inAddressOrder);
     for (std::size_t i = 1; i < extents.size(); ++i) {
         if (extents[i].start < extents[i - 1].end)
             return std::pair{extents[i - 1], extents[i]};
@@ -110,20 +113,21 @@ ResourceFile ResourceFile::parse(std::vector<std::uint8_t> bytes, std::string di
     const std::uint64_t dataLength = be::readU32(all, 8);
     const std::uint64_t mapLength = be::readU32(all, 12);
 
-    const std::string dataText = "data area (offset " + num(dataOffset) + ", length " + num(dataLength) + ")";
-    const std::string mapText = "map (offset " + num(mapOffset) + ", length " + num(mapLength) + ")";
+    // Messages are spelled out only when a check fails: a good file builds none.
+    const auto dataText = [&] { return "data area (offset " + num(dataOffset) + ", length " + num(dataLength) + ")"; };
+    const auto mapText = [&] { return "map (offset " + num(mapOffset) + ", length " + num(mapLength) + ")"; };
     if (dataOffset < kHeaderSize)
-        fail(file, dataText + " overlaps the header");
+        fail(file, dataText() + " overlaps the header");
     if (dataOffset + dataLength > size)
-        fail(file, dataText + " runs past the end of the file (" + num(size) + " bytes)");
+        fail(file, dataText() + " runs past the end of the file (" + num(size) + " bytes)");
     if (mapOffset < kHeaderSize)
-        fail(file, mapText + " overlaps the header");
+        fail(file, mapText() + " overlaps the header");
     if (mapOffset + mapLength > size)
-        fail(file, mapText + " runs past the end of the file (" + num(size) + " bytes)");
+        fail(file, mapText() + " runs past the end of the file (" + num(size) + " bytes)");
     if (mapLength < kMapHeaderSize + 2)
-        fail(file, mapText + " is too short to hold a type list");
+        fail(file, mapText() + " is too short to hold a type list");
     if (dataLength > 0 && mapOffset < dataOffset + dataLength && dataOffset < mapOffset + mapLength)
-        fail(file, mapText + " overlaps the " + dataText);
+        fail(file, mapText() + " overlaps the " + dataText());
 
     const std::span<const std::uint8_t> map = all.subspan(mapOffset, mapLength);
     const std::span<const std::uint8_t> data = all.subspan(dataOffset, dataLength);
@@ -156,16 +160,18 @@ ResourceFile ResourceFile::parse(std::vector<std::uint8_t> bytes, std::string di
         const std::uint64_t refCount = be::readU16(map, entry + 4) + std::uint64_t{1};
         const std::uint64_t refStart = typeListOffset + be::readU16(map, entry + 6);
         const std::uint64_t refEnd = refStart + kRefEntrySize * refCount;
-        const std::string listText = "reference list of " + quoted(type) + " (map offset " + num(refStart) + ", " +
-                                     num(refCount) + " entries)";
+        const auto listText = [&] {
+            return "reference list of " + quoted(type) + " (map offset " + num(refStart) + ", " + num(refCount) +
+                   " entries)";
+        };
         if (result.index_.contains(type))
             fail(file, "type " + quoted(type) + " is listed twice");
         if (refStart < typeListEnd)
-            fail(file, listText + " overlaps the type list");
+            fail(file, listText() + " overlaps the type list");
         if (refEnd > mapLength)
-            fail(file, listText + " lies outside the map (" + num(mapLength) + " bytes)");
+            fail(file, listText() + " lies outside the map (" + num(mapLength) + " bytes)");
         if (refEnd > nameListOffset)
-            fail(file, listText + " overlaps the name list (map offset " + num(nameListOffset) + ")");
+            fail(file, listText() + " overlaps the name list (map offset " + num(nameListOffset) + ")");
         refLists.push_back({refStart, refEnd, type, 0});
 
         auto& entries = result.index_[type];
@@ -174,15 +180,15 @@ ResourceFile ResourceFile::parse(std::vector<std::uint8_t> bytes, std::string di
             const std::int16_t id = be::readS16(map, ref);
             const std::uint16_t nameOffset = be::readU16(map, ref + 2);
             const std::uint64_t blobOffset = be::readU24(map, ref + 5);
-            const std::string what = quoted(type) + " id " + std::to_string(id);
+            const auto what = [&] { return quoted(type) + " id " + std::to_string(id); };
             if (entries.contains(id))
-                fail(file, what + " appears twice");
+                fail(file, what() + " appears twice");
             if (blobOffset + 4 > dataLength)
-                fail(file, what + ": data offset " + num(blobOffset) + " lies outside the data area (" +
+                fail(file, what() + ": data offset " + num(blobOffset) + " lies outside the data area (" +
                                num(dataLength) + " bytes)");
             const std::uint64_t blobLength = be::readU32(data, blobOffset);
             if (blobOffset + 4 + blobLength > dataLength)
-                fail(file, what + ": data length " + num(blobLength) + " at data offset " + num(blobOffset) +
+                fail(file, what() + ": data length " + num(blobLength) + " at data offset " + num(blobOffset) +
                                " runs past the end of the data area (" + num(dataLength) + " bytes)");
             blobs.push_back({blobOffset, blobOffset + 4 + blobLength, type, id});
             Entry e;
@@ -192,11 +198,11 @@ ResourceFile ResourceFile::parse(std::vector<std::uint8_t> bytes, std::string di
                 const std::uint64_t nameListLength = mapLength - nameListOffset;
                 const std::uint64_t at = nameListOffset + nameOffset;
                 if (nameOffset >= nameListLength)
-                    fail(file, what + ": name offset " + num(nameOffset) + " lies outside the name list (" +
+                    fail(file, what() + ": name offset " + num(nameOffset) + " lies outside the name list (" +
                                    num(nameListLength) + " bytes)");
                 const std::uint64_t nameLength = map[at];
                 if (at + 1 + nameLength > mapLength)
-                    fail(file, what + ": name at name offset " + num(nameOffset) + " (" + num(nameLength) +
+                    fail(file, what() + ": name at name offset " + num(nameOffset) + " (" + num(nameLength) +
                                    " characters) runs past the end of the name list");
                 e.name = std::string(reinterpret_cast<const char*>(map.data() + at + 1), nameLength);
             }
