@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace korvane {
 namespace {
@@ -74,6 +75,43 @@ std::optional<std::string> pngFault(FileBytes& file)
     return std::nullopt;  // no end chunk: the reader says the file is cut short
 }
 
+// The library reads a value of a known type by its type, not by the size
+// the header gives it: the two must agree, or it reads the rest of the
+// header from another place than we check.
+bool exrValueFits(FileBytes& file, const std::string& type, std::uint64_t at, std::uint32_t size)
+{
+    static constexpr std::pair<std::string_view, std::uint32_t> kFixed[] = {
+        {"box2i", 16},        {"box2f", 16},  {"v2i", 8},        {"v2f", 8},       {"v2d", 16},
+        {"v3i", 12},          {"v3f", 12},    {"v3d", 24},       {"float", 4},     {"int", 4},
+        {"double", 8},        {"compression", 1}, {"lineOrder", 1}, {"envmap", 1}, {"deepImageState", 1},
+        {"tiledesc", 9},      {"chromaticities", 32}, {"keycode", 28}, {"timecode", 8}, {"rational", 8},
+        {"m33f", 36},         {"m44f", 64},   {"m33d", 72},      {"m44d", 128},
+    };
+    for (const auto& [name, bytes] : kFixed)
+        if (type == name)
+            return size == bytes;
+    if (type == "preview") {  // width and height, then four bytes a pixel
+        const std::optional<std::uint32_t> width = file.u32(at, false);
+        const std::optional<std::uint32_t> height = file.u32(at + 4, false);
+        return size >= 8 && width && height && 8 + std::uint64_t{*width} * *height * 4 == size;
+    }
+    if (type == "chlist") {  // names with 16 bytes each, up to an empty name
+        const std::uint64_t end = at + size;
+        while (at < end) {
+            std::uint64_t length = 0;
+            while (at + length < end && file.at(at + length) != std::uint8_t{0})
+                ++length;
+            if (at + length >= end)
+                return false;
+            if (length == 0)
+                return at + 1 == end;
+            at += length + 1 + 16;
+        }
+        return false;
+    }
+    return true;  // strings, vectors and unknown types are read by their size
+}
+
 // OpenEXR headers are lists of attributes (name, type, size, value), one
 // list per part; the library allocates each attribute's declared size
 // before reading it, so every attribute must fit in the file.
@@ -122,7 +160,8 @@ std::optional<std::string> exrFault(FileBytes& file)
                 break;
             }
             const std::optional<std::string> attribute = name(at);
-            if (!attribute || !name(at))
+            const std::optional<std::string> type = attribute ? name(at) : std::nullopt;
+            if (!type)
                 return "has a header attribute name longer than " + std::to_string(maxName - 1) +
                        " characters or cut short; the file is damaged";
             const std::optional<std::uint32_t> size = file.u32(at, false);
@@ -132,6 +171,9 @@ std::optional<std::string> exrFault(FileBytes& file)
             if (*size > 0x7FFFFFFFu || at + *size > file.size())
                 return "its header attribute \"" + *attribute + "\" declares " + bytesText(*size) +
                        ", past the end of the file (" + bytesText(file.size()) + "); the file is damaged";
+            if (!exrValueFits(file, *type, at, *size))
+                return "its header attribute \"" + *attribute + "\" of type " + *type + " does not hold the " +
+                       bytesText(*size) + " it declares; the file is damaged";
             at += *size;
         }
         if (!multiPart)
