@@ -10,6 +10,7 @@
 // Each parser takes the whole text and answers nullopt for anything else.
 #pragma once
 
+#include "korvane/ImageOpen.h"
 #include "korvane/Light.h"
 
 #include <cstdint>
@@ -26,8 +27,8 @@ struct FrameSize {
     std::int32_t height = 0;
     bool operator==(const FrameSize&) const = default;
 };
-// Each side 1..kMaxFrameSide.
-inline constexpr std::int32_t kMaxFrameSide = 32768;
+// Each side 1..kMaxFrameSide: the largest image the host reads, too.
+inline constexpr std::int32_t kMaxFrameSide = korvane::kMaxImageSide;
 std::optional<FrameSize> parseFrameSize(std::string_view text);
 
 using korvane::Rgb8;

@@ -122,6 +122,13 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
     writeImage(scratch / "cut.jpg", 64, 36, OIIO::TypeDesc::UINT8,
                [](int x, int y, int c) { return (x * y + c) % 7 / 7.0f; });
     std::filesystem::resize_file(scratch / "cut.jpg", std::filesystem::file_size(scratch / "cut.jpg") / 2);
+    // A DPX whose user data length (byte 32, little-endian here) claims 4 GB.
+    writeImage(scratch / "damaged.dpx", 8, 8, OIIO::TypeDesc::UINT16, [](int, int, int) { return 0.5f; });
+    {
+        std::fstream dpx(scratch / "damaged.dpx", std::ios::binary | std::ios::in | std::ios::out);
+        dpx.seekp(32);
+        dpx.write("\x00\x00\x00\xF0", 4);
+    }
     std::filesystem::create_directory(scratch / "lonely");
     std::filesystem::copy_file(GLINTWAVE_PLUGIN_PATH, scratch / "lonely" / "Glintwave.so");
     const std::string out = " -o '" + (scratch / "out.png").string() + "'";
@@ -144,6 +151,8 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
         {"render --over '" + (scratch / "missing.png").string() + "'" + out, 1, "no such image file"},
         {"render --over '" + (scratch / "broken.png").string() + "'" + out, 1, "cannot read it as an image"},
         {"render --over '" + (scratch / "cut.jpg").string() + "'" + out, 1, "is damaged"},
+        {"render --over '" + (scratch / "damaged.dpx").string() + "'" + out, 1,
+         "damaged.dpx: its user data size (byte 32) is 4026531840, past the end of the file"},
         {"render --size 16x9 --plugin /nonexistent/Glintwave.so" + out, 1, "cannot load plug-in"},
         {"render --size 16x9 --plugin '" + (scratch / "lonely" / "Glintwave.so").string() + "'" + out, 1,
          "Glintwave.rsc"},
@@ -159,7 +168,7 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
         EXPECT_EQ(run.err.rfind("glintwave ERROR: ", 0), 0u) << c.arguments << "\n" << run.err;
         EXPECT_NE(run.err.find(c.message), std::string::npos) << c.arguments << "\n" << run.err;
         EXPECT_EQ(run.err.find("usage: glintwave") != std::string::npos, c.status == 2) << c.arguments;
-        EXPECT_EQ(filesIn(scratch), (std::vector<std::string>{"broken.png", "cut.jpg", "lonely"})) << c.arguments;
+        EXPECT_EQ(filesIn(scratch), (std::vector<std::string>{"broken.png", "cut.jpg", "damaged.dpx", "lonely"})) << c.arguments;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "korvane/ImageIO.h"
 
+#include "LibraryText.h"
 #include "WholeFile.h"
 
 #include <OpenImageIO/filesystem.h>
@@ -30,21 +31,6 @@ std::string lowerExtension(const std::filesystem::path& file)
     return extension;
 }
 
-std::string oneLine(std::string text)
-{
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    while (!text.empty() && text.back() == ' ')
-        text.pop_back();
-    return text;
-}
-
-// OpenImageIO keeps its last error per thread; take it, one line.
-std::string lastOiioError(const std::string& fallback)
-{
-    const std::string text = OIIO::geterror();
-    return oneLine(text.empty() ? fallback : text);
-}
-
 bool describesPicture(const std::string& attribute)
 {
     static constexpr std::string_view kKept[] = {"oiio:ColorSpace", "ICCProfile", "Orientation", "Make", "Model",
@@ -66,19 +52,9 @@ void removeQuietly(const std::filesystem::path& file)
 RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limits)
 {
     const std::string name = file.string();
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error))
-        throw Error(ErrorPlace{name}, "no such image file; check the path");
-    auto input = OIIO::ImageInput::open(name);
-    if (!input)
-        throw Error(ErrorPlace{name}, "cannot read it as an image (" + lastOiioError("unknown format") +
-                                      "); give a PNG, JPEG, TIFF, EXR, DPX or HDR file");
-    const OIIO::ImageSpec& spec = input->spec();
-    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1 || spec.depth > 1)
-        throw Error(ErrorPlace{name}, "holds no flat image with pixels; give a 2D image");
-    if (spec.width > limits.maxSide || spec.height > limits.maxSide)
-        throw Error(ErrorPlace{name}, "is " + std::to_string(spec.width) + "x" + std::to_string(spec.height) +
-                                      " pixels; each side may be at most " + std::to_string(limits.maxSide));
+    OpenedImage opened = openImageSafely(file, limits);
+    OIIO::ImageInput* const input = opened.input.get();
+    const OIIO::ImageSpec& spec = opened.spec;
 
     RgbImage image;
     const OIIO::TypeDesc::BASETYPE base = static_cast<OIIO::TypeDesc::BASETYPE>(spec.format.basetype);
@@ -97,11 +73,18 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
 
     // Read only the channels we use, then spread a grey one over red, green, blue.
     const int channels = std::min(spec.nchannels, 3);
+    // The buffer is left uninitialised, so the system gives it memory only
+    // as rows arrive: a file that declares a large image but holds little
+    // fails at its first missing row having cost almost nothing.
     OIIO::ImageSpec readSpec(spec.width, spec.height, channels, type);
-    OIIO::ImageBuf read(readSpec);
-    if (!input->read_image(0, 0, 0, channels, type, read.localpixels()))
-        throw Error(ErrorPlace{name}, "cannot read its pixels (" + lastOiioError(input->geterror()) +
+    const std::unique_ptr<std::byte[]> readPixels(new std::byte[readSpec.image_bytes()]);
+    OIIO::ImageBuf read(readSpec, readPixels.get());
+    if (!input->read_image(0, 0, 0, channels, type, read.localpixels())) {
+        const std::string why = input->geterror();
+        throw Error(ErrorPlace{name}, "cannot read its pixels (" +
+                                      lastOiioError(why.empty() ? "its pixel data is missing or cut short" : why) +
                                       "); the file may be damaged");
+    }
     // Some readers fill a truncated file's missing rows and only complain.
     const std::string complaint = input->geterror();
     if (!complaint.empty())

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "korvane/Error.h"
+#include "korvane/ImageOpen.h"
 
 #include <OpenImageIO/imagebuf.h>
 
@@ -25,17 +26,11 @@ struct RgbImage {
     SampleKind kind = SampleKind::Int8;
 };
 
-// Limits a caller puts on an image before its pixels are read.
-struct ImageLimits {
-    std::int32_t maxSide = 32768;
-    std::uint64_t maxBytes = 0;  // of the decoded image; 0: no limit
-};
-
 // Reads the first image of a file as red, green, blue: a grey image gives
 // its one channel three times, and channels after the third (alpha) are
 // dropped. Integer files arrive as 16-bit samples (8-bit v as v x 257).
-// Throws Error for a file that is missing, unreadable, of no known
-// format, or beyond the limits.
+// The file is opened through openImageSafely. Throws Error for a file that
+// is missing, unreadable, damaged, of a format not read, or beyond the limits.
 RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limits = {});
 
 // Throws Error unless OpenImageIO can write a file of this name's
