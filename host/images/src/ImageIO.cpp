@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <system_error>
 
@@ -67,9 +68,12 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
     const OIIO::TypeDesc type = image.kind == SampleKind::Float ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16;
     const std::uint64_t bytes = static_cast<std::uint64_t>(spec.width) * static_cast<std::uint64_t>(spec.height) *
                                 static_cast<std::uint64_t>(std::min(spec.nchannels, 3) + 3) * type.size();
+    const auto tooLarge = [&] {
+        return Error(ErrorPlace{name}, "a " + std::to_string(spec.width) + "x" + std::to_string(spec.height) +
+                                           " image needs more memory than this machine has; scale it down first");
+    };
     if (limits.maxBytes != 0 && bytes > limits.maxBytes)
-        throw Error(ErrorPlace{name}, "a " + std::to_string(spec.width) + "x" + std::to_string(spec.height) +
-                                      " image needs more memory than this machine has; scale it down first");
+        throw tooLarge();
 
     // Read only the channels we use, then spread a grey one over red, green, blue.
     const int channels = std::min(spec.nchannels, 3);
@@ -77,7 +81,14 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
     // as rows arrive: a file that declares a large image but holds little
     // fails at its first missing row having cost almost nothing.
     OIIO::ImageSpec readSpec(spec.width, spec.height, channels, type);
-    const std::unique_ptr<std::byte[]> readPixels(new std::byte[readSpec.image_bytes()]);
+    // Where the address space is capped, the system may refuse even memory
+    // it would never have to give.
+    std::unique_ptr<std::byte[]> readPixels;
+    try {
+        readPixels.reset(new std::byte[readSpec.image_bytes()]);
+    } catch (const std::bad_alloc&) {
+        throw tooLarge();
+    }
     OIIO::ImageBuf read(readSpec, readPixels.get());
     if (!input->read_image(0, 0, 0, channels, type, read.localpixels())) {
         const std::string why = input->geterror();
