@@ -13,6 +13,8 @@ public:
     virtual ~FrameReport() = default;
     virtual void written(std::int32_t frame) = 0;
     virtual void failed(std::int32_t frame, const std::string& why) = 0;
+    // The process rendering the frame died; the frame is handed out again.
+    virtual void retried(std::int32_t, const std::string&) {}
     virtual void progress(float) {}
 };
 

@@ -155,6 +155,13 @@ public:
         failures_.push_back(frame);
         progress(0);
     }
+    void retried(std::int32_t frame, const std::string& why) override
+    {
+        bar_.clear();
+        std::cerr << "glintwave: frame " << frame << ": its worker process " << oneLine(why)
+                  << "; rendering it again\n";
+        progress(0);
+    }
     void progress(float fraction) override
     {
         const float position = (static_cast<float>(done_.size()) + fraction) / static_cast<float>(total_);

@@ -229,9 +229,10 @@ private:
             setup_.removeLeftovers(frame, worker.pid);
         if (stopping())
             return;
-        if (tries_[frame] < kTriesPerFrame)
+        if (tries_[frame] < kTriesPerFrame) {
+            report_.retried(frame, endingText(status));
             queue_.push_front(frame);
-        else
+        } else
             report_.failed(frame, "both worker processes that rendered it died; the second " + endingText(status));
     }
 

@@ -135,6 +135,9 @@ TEST(GlintwaveWorkers, AKilledWorkersFramesAreRenderedAgain)
     kill(run.workers().front(), SIGKILL);
     const int status = run.wait();
     ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status << run.err();
+    EXPECT_NE(run.err().find(": its worker process was killed by signal 9 (SIGKILL); rendering it again"),
+              std::string::npos)
+        << run.err();
     EXPECT_EQ(framesIn(scratch / "two"), framesIn(scratch / "one"));
     for (const std::string& name : framesIn(scratch / "one"))
         EXPECT_EQ(slurp(scratch / "two" / name), slurp(scratch / "one" / name)) << name;
