@@ -91,7 +91,9 @@ FrameList parseFrameRange(std::string_view text)
             frames.push_back(static_cast<std::int32_t>(frame));
         start = comma + 1;
     }
-    std::sort(frames.begin(), frames.end());
+    // Ranges are mostly given in order; millions of frames then need no sort.
+    if (!std::is_sorted(frames.begin(), frames.end()))
+        std::sort(frames.begin(), frames.end());
     frames.erase(std::unique(frames.begin(), frames.end()), frames.end());
     return frames;
 }
