@@ -18,6 +18,7 @@ namespace {
 constexpr const char* kLoopback = "127.0.0.1";
 constexpr const char* kTokenHeader = "X-Korvane-Token";
 constexpr const char* kTokenCookie = "korvane-token";
+constexpr std::size_t kWorkerThreads = 32;
 
 // Compares in a time that does not depend on where the texts differ.
 bool sameSecret(std::string_view a, std::string_view b)
@@ -217,6 +218,13 @@ DialogServer::DialogServer(std::filesystem::path webRoot, std::string token, Api
     // does not wait long for a browser's kept-alive connection.
     impl_->server.set_payload_max_length(64 * 1024);
     impl_->server.set_keep_alive_timeout(1);
+    // A client that sends half a request and waits holds a worker thread
+    // until it times out: give up on it soon, and keep enough workers that
+    // a few such clients leave the page its own.
+    impl_->server.set_tcp_nodelay(true);
+    impl_->server.set_read_timeout(1);
+    impl_->server.set_write_timeout(1);
+    impl_->server.new_task_queue = [] { return new httplib::ThreadPool(kWorkerThreads); };
     if (port == 0) {
         impl_->port = impl_->server.bind_to_any_port(kLoopback);
     } else if (port > 0 && port < 65536 && impl_->server.bind_to_port(kLoopback, port)) {

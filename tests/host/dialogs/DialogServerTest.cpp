@@ -72,8 +72,9 @@ TEST(DialogServer, ServesOnlyThePageToItsOwnSession)
                                      : client.Get(c.path.c_str(), c.headers);
         ASSERT_TRUE(response) << c.label;
         EXPECT_EQ(response->status, c.status) << c.label;
-        if (c.status == 200 && c.path.starts_with("/api/"))
+        if (c.status == 200 && c.path.starts_with("/api/")) {
             EXPECT_EQ(response->body, std::string(c.post ? "POST /api/event {}" : "GET /api/state ")) << c.label;
+        }
         EXPECT_EQ(response->body.find("secret"), std::string::npos) << c.label;
         EXPECT_EQ(response->get_header_value("Referrer-Policy"), "no-referrer") << c.label;
     }

@@ -9,7 +9,9 @@
 // stops other sites and DNS rebinding from reaching the dialog. Paths that
 // leave the folder, name hidden files or name no regular file are 404.
 // Responses are not cached and send no Referer onwards, so the token stays
-// on this machine.
+// on this machine. Bodies over 64 KB are refused (413); a client that stops
+// sending mid-request is let go after a second, and 32 worker threads keep
+// a few such clients from holding up the page.
 //
 // Paths under /api/ go to the ApiHandler given to the server (after the
 // same checks), so the page's scripts can talk to whoever runs the dialog;
