@@ -126,6 +126,9 @@ TEST(DialogServer, ACrowdOfBadClientsIsRefusedAndThePageStillAnswers)
         {"large body", "POST /api/event HTTP/1.1\r\n" + host + "X-Korvane-Token: " + token +
                            "\r\nContent-Length: " + std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body,
          413},
+        {"compressed body", "POST /api/event HTTP/1.1\r\n" + host + "X-Korvane-Token: " + token +
+                                "\r\nContent-Encoding: gzip\r\nContent-Length: 2\r\nConnection: close\r\n\r\n{}",
+         415},
         {"unknown method", "BREW /?token=" + token + " HTTP/1.1\r\n" + host + "Connection: close\r\n\r\n", 400},
     };
 

@@ -9,7 +9,8 @@
 // stops other sites and DNS rebinding from reaching the dialog. Paths that
 // leave the folder, name hidden files or name no regular file are 404.
 // Responses are not cached and send no Referer onwards, so the token stays
-// on this machine. Bodies over 64 KB are refused (413); a client that stops
+// on this machine. Bodies over 64 KB are refused (413), and so are
+// compressed ones (415), which could unpack to any size; a client that stops
 // sending mid-request is let go after a second, and 32 worker threads keep
 // a few such clients from holding up the page.
 //
