@@ -43,7 +43,7 @@ constexpr std::size_t kExtensionCount = std::size(kExtensions);
 
 // Small enough that a declared size beyond it is refused before pixels are
 // read, large enough for any image an input of a few kilobytes holds.
-constexpr korvane::ImageLimits kLimits{512, 4u << 20};
+constexpr korvane::ImageLimits kLimits{64, 64u << 10};
 
 // Made once the fuzzer starts; removed with its files when the run ends.
 std::unique_ptr<testsupport::TempFolder> scratchFolder;
