@@ -1,50 +1,46 @@
-// Compose.cpp - the frame over black, over a background, or as a sketch.
+// Compose.cpp - the frame joined by the chosen blend, and its colour
+// described in the image's metadata.
 
 #include "Compose.h"
 
+#include "HostBlend.h"
+#include "LinearBlend.h"
+
+#include "korvane/ColourSpaces.h"
+
 namespace glintwave::cli {
 
-OIIO::TypeDesc sampleTypeFor(const std::filesystem::path& output, int depth,
-                             const std::optional<korvane::RgbImage>& background)
+std::optional<Blend> blendNamed(const std::string& name)
 {
-    if (korvane::isFloatFormat(output))
-        return OIIO::TypeDesc::HALF;
-    if (background && background->kind == korvane::SampleKind::Float)
-        return OIIO::TypeDesc::UINT16;
-    if (depth == 8 && background)
-        return background->kind == korvane::SampleKind::Int16 ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8;
-    return depth == 48 ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8;
+    if (name == "linear")
+        return Blend::linear;
+    if (name == "host")
+        return Blend::host;
+    return std::nullopt;
 }
 
-OIIO::ImageBuf composeFrame(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
-                            FrameSize size, bool floatOutput)
+const char* blendName(Blend blend)
 {
-    const auto frameDepth = static_cast<std::int16_t>(depth);
-    if (frameDepth == 8) {
-        korvane::FramePixels sketch(size.width, size.height, 8);
-        paint(sketch);
-        OIIO::ImageBuf image = background ? background->pixels.copy(OIIO::TypeUnknown)
-                                          : OIIO::ImageBuf(OIIO::ImageSpec(size.width, size.height, 3,
-                                                                           OIIO::TypeDesc::UINT8));
-        sketch.drawSketchOver(image);
-        return image;
-    }
-    if (background && background->kind == korvane::SampleKind::Float) {
-        korvane::FramePixels flare(size.width, size.height, frameDepth);
-        paint(flare);
-        OIIO::ImageBuf image = background->pixels.copy(OIIO::TypeUnknown);
-        flare.addTo(image);
-        return image;
-    }
-    korvane::FramePixels frame = background ? korvane::FramePixels::fromImage(background->pixels, frameDepth)
-                                            : korvane::FramePixels(size.width, size.height, frameDepth);
-    paint(frame);
-    OIIO::ImageBuf image = frame.toImage(floatOutput);
-    if (background) {
-        for (const OIIO::ParamValue& attribute : background->pixels.spec().extra_attribs)
-            image.specmod().attribute(attribute.name().string(), attribute.type(), attribute.data());
-    }
-    return image;
+    return blend == Blend::host ? "host" : "linear";
+}
+
+ComposedFrame composeFrame(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
+                           FrameSize size, const std::filesystem::path& output, const CompositeOptions& options)
+{
+    ComposedFrame frame = depth == 8 || options.blend == Blend::host
+                              ? composeHostBlend(paint, depth, background, size, output)
+                              : composeLinear(paint, depth, background, size, output, options.exposure);
+    OIIO::ImageSpec& spec = frame.image.specmod();
+    // Not the image library's own colour space tag: its TIFF writer turns
+    // that into a directory it then writes damaged.
+    spec.attribute("glintwave:colorspace", frame.colourSpace);
+    spec.attribute("glintwave:blend", depth == 8 ? "sketch" : blendName(options.blend));
+    if (options.blend == Blend::linear && depth != 8)
+        spec.attribute("glintwave:exposure", static_cast<float>(options.exposure));
+    if (korvane::isFloatFormat(output))
+        spec.attribute("chromaticities", OIIO::TypeDesc(OIIO::TypeDesc::FLOAT, 8),
+                       korvane::kRec709Chromaticities.data());
+    return frame;
 }
 
 } // namespace glintwave::cli

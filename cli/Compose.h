@@ -1,12 +1,18 @@
 // Compose.h - a painted frame made into the image to write, shared by the
 // single frame and the sequences of `render`.
 //
-// The frame is black or a background. Over an 8- or 16-bit background the
-// flare is painted into the background's pixels as the plug-in paints into a
-// host's frame, with saturating adds; over a float one (EXR, HDR) it is
-// painted on black and added in linear float, so the background keeps values
-// above 1.0. Depth 8 draws the plug-in's wireframe sketch in white over the
-// frame.
+// The frame is black or a background. Two ways to join the flare to it:
+//   linear (the default): the plug-in's levels are display-referred
+//     (sRGB-encoded); they are decoded to linear light, scaled by the
+//     exposure and added to the background decoded from its own space
+//     (EXR and HDR linear, integer formats sRGB). The result is encoded for
+//     the output: EXR and HDR keep linear values, above 1.0 too; PNG, TIFF,
+//     DPX and JPEG take sRGB codes, dithered so that soft glows do not band.
+//     A background's alpha is kept.
+//   host: the flare's levels painted into the background's own pixels with
+//     saturating adds, as the platform's own host paints into its frame;
+//     over a float background painted on black and added to it.
+// Depth 8 draws the plug-in's wireframe sketch in white over the frame.
 #pragma once
 
 #include "ValueGrammar.h"
@@ -17,19 +23,32 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace glintwave::cli {
 
 // Paints the flare into a frame of the composition's size and depth.
 using Painter = std::function<void(korvane::FramePixels&)>;
 
-OIIO::ImageBuf composeFrame(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
-                            FrameSize size, bool floatOutput);
+enum class Blend { linear, host };
 
-// The stored sample type: half floats in EXR and HDR, else what the render
-// holds (16 bits for 48-bit frames, 8 for 32-bit frames and sketches, the
-// background's own for a sketch over it).
-OIIO::TypeDesc sampleTypeFor(const std::filesystem::path& output, int depth,
-                             const std::optional<korvane::RgbImage>& background);
+struct CompositeOptions {
+    Blend blend = Blend::linear;
+    double exposure = 0.0;  // stops: the flare is scaled by 2^exposure in linear light
+};
+
+// The frame as it is written.
+struct ComposedFrame {
+    OIIO::ImageBuf image;
+    OIIO::TypeDesc sampleType;  // the stored sample type
+    std::string colourSpace;    // what its values are in: "linear" or "sRGB"
+};
+
+ComposedFrame composeFrame(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
+                           FrameSize size, const std::filesystem::path& output, const CompositeOptions& options);
+
+// "linear" or "host"; nullopt for another word.
+std::optional<Blend> blendNamed(const std::string& name);
+const char* blendName(Blend blend);
 
 } // namespace glintwave::cli

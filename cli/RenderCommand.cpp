@@ -1,12 +1,9 @@
 // RenderCommand.cpp - `glintwave render`: a flare to an image file, or with
 // --project the frames of a project to numbered files (SequenceRender.h).
 //
-// A frame is black (--size) or a background image (--over). Over an 8- or
-// 16-bit background the flare is painted into the background's pixels as the
-// plug-in paints into a host's frame, with saturating adds; over a float one
-// (EXR, HDR) it is painted on black and added in linear float, so the
-// background keeps values above 1.0. Depth 8 draws the plug-in's wireframe
-// sketch in white over the frame.
+// A frame is black (--size) or a background image (--over); the flare joins
+// it in linear light or in the host's own way (Compose.h). Depth 8 draws the
+// plug-in's wireframe sketch in white over the frame.
 
 #include "Commands.h"
 #include "Compose.h"
@@ -18,6 +15,7 @@
 #include "korvane/ImageIO.h"
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <memory>
@@ -35,6 +33,7 @@ struct RenderOptions {
     std::filesystem::path over;
     std::filesystem::path output;
     int depth = 48;
+    CompositeOptions composite;
     // Sequences (SequenceRender.h).
     std::filesystem::path project;
     std::string frames;
@@ -66,6 +65,7 @@ int runSequence(const RenderOptions& options, const CommonOptions& common)
     sequence.output = options.output.string();
     sequence.over = options.over.string();
     sequence.depth = options.depth;
+    sequence.composite = options.composite;
     sequence.threads = options.threads;
     sequence.skipExisting = options.skipExisting;
     sequence.workerSocket = options.workerSocket;
@@ -74,6 +74,9 @@ int runSequence(const RenderOptions& options, const CommonOptions& common)
 
 int runRender(const RenderOptions& options, const CommonOptions& common)
 {
+    if (options.composite.blend == Blend::host && options.composite.exposure != 0.0)
+        throw UsageError("--exposure scales the flare in linear light; it does not go with --blend host, which "
+                         "paints the flare's levels as they are");
     if (!options.project.empty())
         return runSequence(options, common);
     if (!options.frames.empty())
@@ -107,10 +110,9 @@ int runRender(const RenderOptions& options, const CommonOptions& common)
     const Painter paint = [&](korvane::FramePixels& frame) {
         renderer.render(settings, light, frame, "style " + styleText);
     };
-    OIIO::ImageBuf image =
-        composeFrame(paint, options.depth, background, size, korvane::isFloatFormat(options.output));
-    describeImage(image, styleText, settings, options.scene);
-    writeOutput(image, options.output, sampleTypeFor(options.output, options.depth, background));
+    ComposedFrame frame = composeFrame(paint, options.depth, background, size, options.output, options.composite);
+    describeImage(frame.image, styleText, settings, options.scene);
+    writeOutput(frame.image, options.output, frame.sampleType);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
     if (!common.quiet) {
@@ -161,6 +163,31 @@ void addRenderCommand(CommandLine& line)
                      "48 (16-bit color, default), 32 (8-bit color) or 8 (wireframe sketch)")
         ->check(CLI::IsMember({48, 32, 8}))
         ->option_text("48|32|8");
+    command
+        ->add_option_function<std::string>(
+            "--blend",
+            [options](const std::string& text) {
+                const std::optional<Blend> blend = blendNamed(text);
+                if (!blend)
+                    throw CLI::ValidationError("--blend", "'" + text + "' is not a blend; give linear or host");
+                options->composite.blend = *blend;
+            },
+            "how the flare joins the frame: linear (default: decoded from sRGB and added in linear light; EXR "
+            "keeps values above 1.0, integer formats are sRGB-encoded and dithered) or host (its levels painted "
+            "into the frame's, as the platform's own host paints)")
+        ->option_text("linear|host")
+        ->group("Colour");
+    command
+        ->add_option_function<double>(
+            "--exposure",
+            [options](double stops) {
+                if (!std::isfinite(stops) || stops < -20.0 || stops > 20.0)
+                    throw CLI::ValidationError("--exposure", "give a number of stops from -20 to 20");
+                options->composite.exposure = stops;
+            },
+            "scales the flare by 2^STOPS in linear light, so +1 doubles it (default 0)")
+        ->option_text("STOPS")
+        ->group("Colour");
     command->add_option("--project", options->project,
                         "render the frames of a project (glintwave project new); -o then names every frame's "
                         "file with a frame token, as in out.####.exr")

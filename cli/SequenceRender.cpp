@@ -40,6 +40,7 @@ struct Shot {
     korvane::FramePattern output{""};
     std::optional<korvane::FramePattern> over;
     int depth = 48;
+    CompositeOptions composite;
 };
 
 std::string oneLine(std::string text)
@@ -91,11 +92,12 @@ void renderFrame(const Shot& shot, std::int32_t frame, FlareRenderer& renderer, 
     }
     const std::string file = shot.output.name(frame);
     const Painter paint = [&](korvane::FramePixels& pixels) { frames.render(frame, pixels.frameBuffer()); };
-    OIIO::ImageBuf image = composeFrame(paint, shot.depth, background, size, korvane::isFloatFormat(file));
+    ComposedFrame composed = composeFrame(paint, shot.depth, background, size, file, shot.composite);
+    OIIO::ImageBuf& image = composed.image;
     const ControlDataRec settings = settingsOf(renderer.instance());
     describeImage(image, styleText(renderer.styles(), settings.flareLens), settings, sceneAt(project, frame));
     image.specmod().attribute("glintwave:frame", frame);
-    writeOutput(image, file, sampleTypeFor(file, shot.depth, background), whole);
+    writeOutput(image, file, composed.sampleType, whole);
 }
 
 // The next frame to render; nothing when there are no more.
@@ -299,7 +301,13 @@ std::vector<std::string> workerCommand(const SequenceOptions& options, const Com
         throw korvane::Error("cannot start worker processes: this program's file is unknown (" + error.message() +
                              "); render with --threads 1");
     std::vector<std::string> command = {self.string(), "-q", "render", "--project", options.project.string(),
-                                        "-o", options.output, "--depth", std::to_string(options.depth)};
+                                        "-o", options.output, "--depth", std::to_string(options.depth),
+                                        "--blend", blendName(options.composite.blend)};
+    if (options.composite.exposure != 0.0) {
+        char stops[32];
+        std::snprintf(stops, sizeof stops, "%.17g", options.composite.exposure);
+        command.insert(command.end(), {"--exposure", stops});
+    }
     if (!options.frames.empty())
         command.insert(command.end(), {"--frames", options.frames});
     if (!options.over.empty())
@@ -333,6 +341,7 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
     Shot shot;
     shot.project = korvane::loadProject(options.project);
     shot.depth = options.depth;
+    shot.composite = options.composite;
     korvane::FrameList frames;
     try {
         shot.output = korvane::FramePattern(options.output);

@@ -18,6 +18,7 @@
 #pragma once
 
 #include "CommandLine.h"
+#include "Compose.h"
 
 #include <filesystem>
 #include <string>
@@ -30,6 +31,7 @@ struct SequenceOptions {
     std::string output;  // a numbered name, "out.####.exr"
     std::string over;    // a background, numbered or one for every frame; empty: black
     int depth = 48;
+    CompositeOptions composite;
     int threads = 0;     // processes; 0: the CPUs this process may use
     bool skipExisting = false;
     int workerSocket = -1;  // a worker of another run: frames in and reports out on this socket

@@ -6,9 +6,10 @@
 // file goes through the same guarded open the command uses, which finds the
 // format from the content (the extension matters only for Targa, which has
 // no signature). Reading must either succeed or throw a korvane::Error. A
-// background that was read is composed at every depth with a painter that
-// touches the first and last pixel, and once more with one that paints
-// nothing: an 8-bit file must then come back sample for sample.
+// background that was read is composed at every depth, blend and kind of
+// output with a painter that touches the first and last pixel, and once
+// more with one that paints nothing in the host's blend: an 8-bit file must
+// then come back sample for sample.
 //
 // OpenImageIO and the libraries under it are the system's and are not
 // instrumented: coverage guides only through our code, and a fault inside
@@ -69,10 +70,10 @@ void paintCorners(korvane::FramePixels& frame)
     }
 }
 
-void requireShape(const OIIO::ImageBuf& image, const OIIO::ImageSpec& background)
+void requireShape(const OIIO::ImageBuf& image, const OIIO::ImageSpec& background, int channels)
 {
     const OIIO::ImageSpec& spec = image.spec();
-    if (spec.width != background.width || spec.height != background.height || spec.nchannels != 3)
+    if (spec.width != background.width || spec.height != background.height || spec.nchannels != channels)
         __builtin_trap();
 }
 
@@ -86,14 +87,21 @@ void compose(const korvane::RgbImage& background)
         __builtin_trap();
     const std::optional<korvane::RgbImage> over(background);
     const glintwave::cli::FrameSize size{spec.width, spec.height};
+    using glintwave::cli::Blend;
     for (const int depth : {48, 32, 8})
-        for (const bool floatOutput : {false, true})
-            requireShape(glintwave::cli::composeFrame(paintCorners, depth, over, size, floatOutput), spec);
+        for (const char* output : {"f.png", "f.exr"})
+            for (const Blend blend : {Blend::linear, Blend::host}) {
+                // Only the linear blend keeps alpha; the sketch is drawn in the host's way.
+                const int channels = blend == Blend::linear && depth != 8 && background.alpha.initialized() ? 4 : 3;
+                requireShape(
+                    glintwave::cli::composeFrame(paintCorners, depth, over, size, output, {blend, 1.5}).image, spec,
+                    channels);
+            }
 
     if (background.kind != korvane::SampleKind::Int8)
         return;
     const OIIO::ImageBuf same =
-        glintwave::cli::composeFrame([](korvane::FramePixels&) {}, 48, over, size, false);
+        glintwave::cli::composeFrame([](korvane::FramePixels&) {}, 48, over, size, "f.png", {Blend::host, 0.0}).image;
     const std::size_t count = static_cast<std::size_t>(spec.width) * spec.height * 3;
     std::vector<std::uint16_t> before(count), after(count);
     background.pixels.get_pixels(OIIO::ROI::All(), OIIO::TypeDesc::UINT16, before.data());

@@ -71,13 +71,15 @@ inline OIIO::ImageBuf readBack(const std::filesystem::path& file)
     return image;
 }
 
-// Writes a width x height image whose pixel (x, y) is (fill(x, y, c)) per channel.
+// Writes a width x height image whose pixel (x, y) is (fill(x, y, c)) per
+// channel; a fourth channel is alpha.
 template <typename Fill>
-void writeImage(const std::filesystem::path& file, int width, int height, OIIO::TypeDesc type, Fill fill)
+void writeImage(const std::filesystem::path& file, int width, int height, OIIO::TypeDesc type, Fill fill,
+                int channels = 3)
 {
-    OIIO::ImageBuf image(OIIO::ImageSpec(width, height, 3, OIIO::TypeDesc::FLOAT));
+    OIIO::ImageBuf image(OIIO::ImageSpec(width, height, channels, OIIO::TypeDesc::FLOAT));
     for (OIIO::ImageBuf::Iterator<float> p(image); !p.done(); ++p)
-        for (int c = 0; c < 3; ++c)
+        for (int c = 0; c < channels; ++c)
             p[c] = fill(p.x(), p.y(), c);
     ASSERT_TRUE(image.write(file.string(), type));
 }

@@ -49,14 +49,14 @@ TEST(GlintwaveRender, PngAndExrReadBackWithMetadata)
     EXPECT_EQ(filesIn(scratch), (std::vector<std::string>{"f.exr", "f.png", "f.tif"}));  // no temporaries left
 }
 
-TEST(GlintwaveRender, OverAnIntegerBackgroundAddsAndSaturates)
+TEST(GlintwaveRender, TheHostBlendPaintsIntoAnIntegerBackgroundAndSaturates)
 {
     TempFolder scratch;
     // Bright in red so the flare saturates it, dark and asymmetric elsewhere.
     writeImage(scratch / "bg.png", 80, 45, OIIO::TypeDesc::UINT8,
                [](int x, int y, int c) { return c == 0 ? 240 / 255.0f : (x + 2 * y + 30 * c) / 255.0f; });
     for (const char* depth : {"48", "32"}) {
-        const std::string common = std::string("render -q --style 1 --depth ") + depth;
+        const std::string common = std::string("render -q --blend host --style 1 --depth ") + depth;
         ASSERT_EQ(glintwave(scratch, common + " --size 80x45 -o '" + (scratch / "black.png").string() + "'").status, 0);
         const CommandRun over = glintwave(scratch, common + " --over '" + (scratch / "bg.png").string() + "' -o '" +
                                                 (scratch / "over.png").string() + "'");
@@ -157,6 +157,9 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
         {"render --size 16x9 --plugin '" + (scratch / "lonely" / "Glintwave.so").string() + "'" + out, 1,
          "Glintwave.rsc"},
         {"render --size 16x9 -o '" + (scratch / "nofolder" / "out.png").string() + "'", 1, "does not exist"},
+        {"render --size 16x9 --blend screen" + out, 2, "'screen' is not a blend"},
+        {"render --size 16x9 --exposure nan" + out, 2, "stops from -20 to 20"},
+        {"render --size 16x9 --blend host --exposure 1" + out, 2, "does not go with --blend host"},
         {"sheet --cell 8x8" + out, 2, "not a cell size"},
         {"", 2, "subcommand"},
     };

@@ -67,7 +67,7 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
         image.kind = SampleKind::Int16;
     const OIIO::TypeDesc type = image.kind == SampleKind::Float ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16;
     const std::uint64_t bytes = static_cast<std::uint64_t>(spec.width) * static_cast<std::uint64_t>(spec.height) *
-                                static_cast<std::uint64_t>(std::min(spec.nchannels, 3) + 3) * type.size();
+                                static_cast<std::uint64_t>(std::min(spec.nchannels, 4) + 4) * type.size();
     const auto tooLarge = [&] {
         return Error(ErrorPlace{name}, "a " + std::to_string(spec.width) + "x" + std::to_string(spec.height) +
                                            " image needs more memory than this machine has; scale it down first");
@@ -75,8 +75,12 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
     if (limits.maxBytes != 0 && bytes > limits.maxBytes)
         throw tooLarge();
 
-    // Read only the channels we use, then spread a grey one over red, green, blue.
-    const int channels = std::min(spec.nchannels, 3);
+    // Read only the channels we use, then spread a grey one over red, green,
+    // blue. Alpha is one of the first four channels or none.
+    const int alphaChannel = spec.alpha_channel >= 1 && spec.alpha_channel < std::min(spec.nchannels, 4)
+                                 ? spec.alpha_channel
+                                 : -1;
+    const int channels = std::max(std::min(spec.nchannels, 3), alphaChannel + 1);
     // The buffer is left uninitialised, so the system gives it memory only
     // as rows arrive: a file that declares a large image but holds little
     // fails at its first missing row having cost almost nothing.
@@ -104,6 +108,8 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
 
     OIIO::ImageSpec rgbSpec(spec.width, spec.height, 3, type);
     image.pixels.reset(rgbSpec);
+    if (alphaChannel >= 0)
+        OIIO::ImageBufAlgo::channels(image.alpha, read, 1, &alphaChannel);
     const int sources[3] = {0, channels > 1 ? 1 : 0, channels > 2 ? 2 : 0};
     if (channels == 2) {  // grey and alpha: the grey three times
         const int grey[3] = {0, 0, 0};

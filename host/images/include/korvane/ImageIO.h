@@ -23,12 +23,15 @@ enum class SampleKind { Int8, Int16, Float };
 
 struct RgbImage {
     OIIO::ImageBuf pixels;  // three channels: UINT16 for Int8/Int16 files, FLOAT for Float files
+    OIIO::ImageBuf alpha;   // one channel of the same type, or uninitialised when the file has none
     SampleKind kind = SampleKind::Int8;
 };
 
-// Reads the first image of a file as red, green, blue: a grey image gives
-// its one channel three times, and channels after the third (alpha) are
-// dropped. Integer files arrive as 16-bit samples (8-bit v as v x 257).
+// Reads the first image of a file as red, green, blue, and its alpha when
+// it has one: a grey image gives its one channel three times, and channels
+// after the fourth are dropped. Colour comes premultiplied by alpha, as the
+// image library delivers it. Integer files arrive as 16-bit samples (8-bit
+// v as v x 257).
 // The file is opened through openImageSafely. Throws Error for a file that
 // is missing, unreadable, damaged, of a format not read, or beyond the limits.
 RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limits = {});

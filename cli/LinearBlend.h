@@ -1,0 +1,12 @@
+// LinearBlend.h - the flare decoded to linear light and added there
+// (Compose.h).
+#pragma once
+
+#include "Compose.h"
+
+namespace glintwave::cli {
+
+ComposedFrame composeLinear(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
+                            FrameSize size, const std::filesystem::path& output, double exposure);
+
+} // namespace glintwave::cli

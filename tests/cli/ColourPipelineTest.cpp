@@ -1,0 +1,104 @@
+// ColourPipelineTest.cpp - the numbers of the linear pipeline through the
+// built program: linear outputs are the decoded levels the plug-in paints,
+// exposure scales them, integer outputs are their sRGB codes within the
+// dither, and an integer plate is decoded and keeps its alpha.
+#include "CommandRun.h"
+
+#include "korvane/TransferCurves.h"
+
+#include <OpenImageIO/imagebuf.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using namespace command_test;
+using command_test::glintwave;
+
+// Within half precision (11 significant bits, or steps of 6e-8 below
+// 6e-5), and `slack` more.
+void expectHalfNear(float actual, double expected, const std::string& where, double slack = 0.0)
+{
+    ASSERT_NEAR(actual, expected, std::max(1.2e-7, std::fabs(expected) * 1e-3) + slack) << where;
+}
+
+std::string at(const OIIO::ImageBuf::ConstIterator<float>& p, int c)
+{
+    return std::to_string(p.x()) + "," + std::to_string(p.y()) + " channel " + std::to_string(c);
+}
+
+TEST(ColourPipeline, LinearFilesHoldTheDecodedLevelsAndIntegerFilesTheirCodes)
+{
+    TempFolder scratch;
+    const std::string common = "render -q --style 1 --size 96x54 --light 0.4,0.4 ";
+    const auto render = [&](const std::string& options, const char* file) {
+        const CommandRun run = glintwave(scratch, common + options + " -o '" + (scratch / file).string() + "'");
+        EXPECT_EQ(run.status, 0) << file << "\n" << run.err;
+        return readBack(scratch / file);
+    };
+    // The host blend writes the painted levels as they are: the reference.
+    const OIIO::ImageBuf levels = render("--blend host", "levels.png");
+    const OIIO::ImageBuf linear = render("", "linear.exr");
+    const OIIO::ImageBuf brighter = render("--exposure 1", "brighter.exr");
+    const OIIO::ImageBuf encoded = render("", "encoded.png");
+    int lit = 0;
+    for (OIIO::ImageBuf::ConstIterator<float> l(levels), f(linear), b(brighter), e(encoded); !l.done();
+         ++l, ++f, ++b, ++e) {
+        for (int c = 0; c < 3; ++c) {
+            // The reference's 16-bit codes are its levels rounded: half a
+            // code either way.
+            const double decoded = korvane::srgbToLinear(l[c]);
+            const double rounding = (korvane::srgbToLinear(l[c] + 0.5 / 65535) - korvane::srgbToLinear(l[c] - 0.5 / 65535)) / 2;
+            expectHalfNear(f[c], decoded, "linear.exr " + at(f, c), rounding);
+            expectHalfNear(b[c], 2.0 * f[c], "brighter.exr " + at(b, c));
+            ASSERT_NEAR(e[c], l[c], 1.0 / 65535 + 1e-7) << "encoded.png " + at(e, c);
+            lit += l[c] > 0.25f;
+        }
+    }
+    EXPECT_GT(lit, 50);
+
+    const OIIO::ImageSpec& exr = linear.spec();
+    EXPECT_EQ(exr.get_string_attribute("glintwave:colorspace"), "linear");
+    EXPECT_EQ(exr.get_string_attribute("glintwave:blend"), "linear");
+    const OIIO::ParamValue* chromaticities = exr.find_attribute("chromaticities");
+    ASSERT_NE(chromaticities, nullptr);
+    EXPECT_EQ(static_cast<const float*>(chromaticities->data())[0], 0.64f);
+    EXPECT_EQ(encoded.spec().get_string_attribute("glintwave:colorspace"), "sRGB");
+    EXPECT_EQ(levels.spec().get_string_attribute("glintwave:blend"), "host");
+}
+
+TEST(ColourPipeline, AnIntegerPlateIsDecodedAddedAndKeepsItsAlpha)
+{
+    TempFolder scratch;
+    // 8-bit RGBA: colour ramps, alpha from transparent to opaque.
+    writeImage(
+        scratch / "plate.png", 80, 45, OIIO::TypeDesc::UINT8,
+        [](int x, int y, int c) { return c == 3 ? std::round(x * 255 / 79.0) / 255.0f : (x + 2 * y + 30 * c) / 255.0f; },
+        4);
+    const std::string common = "render -q --style 1 --light 0.5,0.5 ";
+    ASSERT_EQ(glintwave(scratch, common + "--size 80x45 -o '" + (scratch / "flare.exr").string() + "'").status, 0);
+    const CommandRun over = glintwave(scratch, common + "--over '" + (scratch / "plate.png").string() + "' -o '" +
+                                                 (scratch / "over.png").string() + "'");
+    ASSERT_EQ(over.status, 0) << over.err;
+
+    // Read back as the image library gives them: colour premultiplied.
+    const OIIO::ImageBuf plate = readBack(scratch / "plate.png");
+    const OIIO::ImageBuf flare = readBack(scratch / "flare.exr");
+    const OIIO::ImageBuf result = readBack(scratch / "over.png");
+    ASSERT_EQ(result.spec().nchannels, 4);
+    for (OIIO::ImageBuf::ConstIterator<float> p(plate), f(flare), r(result); !r.done(); ++p, ++f, ++r) {
+        const double alpha = p[3];
+        ASSERT_NEAR(r[3], p[3], 1e-6) << "alpha at " << at(r, 3);
+        if (alpha == 0.0)
+            continue;
+        for (int c = 0; c < 3; ++c) {
+            const double plateLinear = korvane::srgbToLinear(p[c] / alpha) * alpha;
+            const double expected = std::min(1.0, korvane::linearToSrgb((plateLinear + f[c]) / alpha)) * alpha;
+            // The plate's 8 bits, the flare's half floats and one dithered code.
+            ASSERT_NEAR(r[c], expected, 2e-3 + std::fabs(expected) * 1e-3) << at(r, c);
+        }
+    }
+}
+
+} // namespace
