@@ -3,10 +3,15 @@
 
 #include "Compose.h"
 
+#include "CommandLine.h"
 #include "HostBlend.h"
 #include "LinearBlend.h"
 
 #include "korvane/ColourSpaces.h"
+
+#include <algorithm>
+#include <cctype>
+#include <stdexcept>
 
 namespace glintwave::cli {
 
@@ -24,22 +29,61 @@ const char* blendName(Blend blend)
     return blend == Blend::host ? "host" : "linear";
 }
 
-ComposedFrame composeFrame(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
-                           FrameSize size, const std::filesystem::path& output, const CompositeOptions& options)
+namespace {
+
+void describeColour(OIIO::ImageBuf& image, const ComposedFrame& frame, int depth, const CompositeOptions& options,
+                    bool floatFile)
 {
-    ComposedFrame frame = depth == 8 || options.blend == Blend::host
-                              ? composeHostBlend(paint, depth, background, size, output)
-                              : composeLinear(paint, depth, background, size, output, options.exposure);
-    OIIO::ImageSpec& spec = frame.image.specmod();
+    OIIO::ImageSpec& spec = image.specmod();
     // Not the image library's own colour space tag: its TIFF writer turns
     // that into a directory it then writes damaged.
     spec.attribute("glintwave:colorspace", frame.colourSpace);
     spec.attribute("glintwave:blend", depth == 8 ? "sketch" : blendName(options.blend));
     if (options.blend == Blend::linear && depth != 8)
         spec.attribute("glintwave:exposure", static_cast<float>(options.exposure));
-    if (korvane::isFloatFormat(output))
+    if (floatFile)
         spec.attribute("chromaticities", OIIO::TypeDesc(OIIO::TypeDesc::FLOAT, 8),
                        korvane::kRec709Chromaticities.data());
+}
+
+} // namespace
+
+void checkCompositeOptions(const CompositeOptions& options, int depth, const std::filesystem::path& output)
+{
+    const bool linearOnly = options.exposure != 0.0 || options.flareOnly || options.flareAlpha || options.passes;
+    if (linearOnly && (options.blend == Blend::host || depth == 8))
+        throw UsageError(std::string("--exposure, --flare-only, --flare-alpha and --passes work in linear light; "
+                                     "they do not go with ") +
+                         (depth == 8 ? "the sketch (--depth 8)" : "--blend host, which paints the flare's levels "
+                                                                   "as they are"));
+    std::string extension = output.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if ((options.flareOnly || options.passes) && extension == ".hdr")
+        throw UsageError(output.string() + ": HDR files hold no alpha or layers; write EXR for --flare-only and "
+                                           "--passes");
+}
+
+std::filesystem::path sideImageFile(const std::filesystem::path& output, const std::string& suffix)
+{
+    std::filesystem::path file = output;
+    file.replace_filename(output.stem().string() + "." + suffix + output.extension().string());
+    return file;
+}
+
+ComposedFrame composeFrame(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
+                           FrameSize size, const std::filesystem::path& output, const CompositeOptions& options,
+                           const PassPainter& paintPass)
+{
+    const bool host = depth == 8 || options.blend == Blend::host;
+    if (!host && options.passes && !paintPass)
+        throw std::logic_error("passes need a painter of passes");
+    ComposedFrame frame = host ? composeHostBlend(paint, depth, background, size, output)
+                               : composeLinear(paint, paintPass, depth, background, size, output, options);
+    const bool floatFile = korvane::isFloatFormat(output);
+    describeColour(frame.image, frame, depth, options, floatFile);
+    for (SideImage& side : frame.sideImages)
+        describeColour(side.image, frame, depth, options, floatFile);
     return frame;
 }
 

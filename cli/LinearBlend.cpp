@@ -3,6 +3,8 @@
 
 #include "LinearBlend.h"
 
+#include "FlarePasses.h"
+
 #include "korvane/ColourSpaces.h"
 #include "korvane/Dither.h"
 #include "korvane/TransferCurves.h"
@@ -144,56 +146,190 @@ OIIO::ImageBuf encodedForIntegerFile(const std::vector<float>& linear, int width
     return image;
 }
 
-} // namespace
+// The flare and its parts in linear light: red, green, blue floats a pixel.
+struct LinearFlare {
+    std::vector<float> whole;
+    std::vector<std::vector<float>> passes;  // kFlarePasses' order
+};
 
-ComposedFrame composeLinear(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
-                            FrameSize size, const std::filesystem::path& output, double exposure)
+// Where parts overlap, the flare's light is shared among them in proportion
+// to the levels each paints there, so the passes add up to the flare
+// everywhere; a part alone is its own light exactly.
+LinearFlare linearFlare(const Painter& paint, const PassPainter& paintPass, int depth, FrameSize size,
+                        double scale, bool withPasses)
 {
-    korvane::FramePixels flare(size.width, size.height, static_cast<std::int16_t>(depth));
-    paint(flare);
-    const FlareLevels levels{flare, flare.frameBuffer()};
-    const std::vector<double> flareLinear = levelsToLinear(depth, std::exp2(exposure));
+    const auto frameDepth = static_cast<std::int16_t>(depth);
+    korvane::FramePixels frame(size.width, size.height, frameDepth);
+    paint(frame);
+    const std::vector<double> toLinear = levelsToLinear(depth, scale);
+    const std::size_t samples = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 3;
+    LinearFlare flare;
+    flare.whole.resize(samples);
+    std::vector<korvane::FramePixels> parts;
+    if (withPasses) {
+        for (std::size_t pass = 0; pass < kFlarePasses.size(); ++pass) {
+            parts.emplace_back(size.width, size.height, frameDepth);
+            paintPass(parts.back(), pass);
+        }
+        flare.passes.assign(parts.size(), std::vector<float>(samples));
+    }
+    const FlareLevels levels{frame, frame.frameBuffer()};
+    std::vector<FlareLevels> partLevels;
+    for (korvane::FramePixels& part : parts)
+        partLevels.push_back(FlareLevels{part, part.frameBuffer()});
 
-    std::optional<LinearBackground> plate;
-    if (background)
-        plate.emplace(*background);
-    const int channels = plate && plate->hasAlpha() ? 4 : 3;
-    std::vector<float> linear(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) *
-                              static_cast<std::size_t>(channels));
-    std::vector<double> under(static_cast<std::size_t>(size.width) * 4, 0.0);
-    for (std::int32_t x = 0; x < size.width; ++x)
-        under[static_cast<std::size_t>(x) * 4 + 3] = 1.0;
     std::size_t at = 0;
     for (std::int32_t y = 0; y < size.height; ++y) {
-        if (plate)
-            plate->row(y, under);
-        for (std::int32_t x = 0; x < size.width; ++x, at += static_cast<std::size_t>(channels)) {
-            int flareLevels[3];
-            levels.at(x, y, flareLevels);
+        for (std::int32_t x = 0; x < size.width; ++x, at += 3) {
+            int whole[3];
+            levels.at(x, y, whole);
+            for (int c = 0; c < 3; ++c)
+                flare.whole[at + c] = static_cast<float>(toLinear[static_cast<std::size_t>(whole[c])]);
+            if (!withPasses)
+                continue;
+            int partLevel[kFlarePasses.size()][3];
+            int total[3] = {0, 0, 0};
+            for (std::size_t pass = 0; pass < partLevels.size(); ++pass) {
+                partLevels[pass].at(x, y, partLevel[pass]);
+                for (int c = 0; c < 3; ++c)
+                    total[c] += partLevel[pass][c];
+            }
+            for (std::size_t pass = 0; pass < partLevels.size(); ++pass)
+                for (int c = 0; c < 3; ++c)
+                    flare.passes[pass][at + c] =
+                        total[c] > 0 ? static_cast<float>(static_cast<double>(flare.whole[at + c]) *
+                                                          partLevel[pass][c] / total[c])
+                                     : 0.0f;
+        }
+    }
+    return flare;
+}
+
+double luminance(const float* rgb)
+{
+    const double y = 0.2126 * rgb[0] + 0.7152 * rgb[1] + 0.0722 * rgb[2];
+    return y < 0.0 ? 0.0 : (y > 1.0 ? 1.0 : y);
+}
+
+// Light on its own as premultiplied RGBA, with the alpha asked for.
+std::vector<float> withAlpha(const std::vector<float>& rgb, FlareAlpha alpha)
+{
+    std::vector<float> rgba(rgb.size() / 3 * 4);
+    for (std::size_t i = 0, j = 0; i < rgb.size(); i += 3, j += 4) {
+        std::copy(&rgb[i], &rgb[i] + 3, &rgba[j]);
+        rgba[j + 3] = alpha == FlareAlpha::luminance ? static_cast<float>(luminance(&rgb[i])) : 0.0f;
+    }
+    return rgba;
+}
+
+// The background and the flare added; alpha as CompositeOptions says.
+std::vector<float> composite(const korvane::RgbImage& background, const std::vector<float>& flare, FrameSize size,
+                             const CompositeOptions& options, int channels)
+{
+    LinearBackground plate(background);
+    std::vector<double> under(static_cast<std::size_t>(size.width) * 4);
+    std::vector<float> result(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) *
+                              static_cast<std::size_t>(channels));
+    const bool joinAlpha = options.flareAlpha == FlareAlpha::luminance;
+    std::size_t at = 0, from = 0;
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        plate.row(y, under);
+        for (std::int32_t x = 0; x < size.width; ++x, at += static_cast<std::size_t>(channels), from += 3) {
             const double* pixel = &under[static_cast<std::size_t>(x) * 4];
             for (int c = 0; c < 3; ++c)
-                linear[at + c] = static_cast<float>(pixel[c] + flareLinear[static_cast<std::size_t>(flareLevels[c])]);
-            if (channels == 4)
-                linear[at + 3] = static_cast<float>(pixel[3]);
+                result[at + c] = static_cast<float>(pixel[c] + flare[from + c]);
+            if (channels == 4) {
+                const double a = pixel[3];
+                const double f = joinAlpha ? luminance(&flare[from]) : 0.0;
+                result[at + 3] = static_cast<float>(a + f - a * f);
+            }
         }
+    }
+    return result;
+}
+
+// Named layers of RGBA beside the main channels, in one float image.
+OIIO::ImageBuf layeredImage(const std::vector<float>& main, int mainChannels,
+                            const std::vector<std::pair<std::string, std::vector<float>>>& layers, FrameSize size)
+{
+    const int channels = mainChannels + 4 * static_cast<int>(layers.size());
+    OIIO::ImageSpec spec(size.width, size.height, channels, OIIO::TypeDesc::FLOAT);
+    spec.channelnames = {"R", "G", "B"};
+    if (mainChannels == 4)
+        spec.channelnames.push_back("A");
+    for (const auto& [name, rgba] : layers)
+        for (const char* channel : {".R", ".G", ".B", ".A"})
+            spec.channelnames.push_back(name + channel);
+    spec.alpha_channel = mainChannels == 4 ? 3 : -1;
+    std::vector<float> pixels(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) *
+                              static_cast<std::size_t>(channels));
+    const std::size_t count = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
+    for (std::size_t i = 0; i < count; ++i) {
+        float* out = &pixels[i * static_cast<std::size_t>(channels)];
+        std::copy(&main[i * static_cast<std::size_t>(mainChannels)],
+                  &main[i * static_cast<std::size_t>(mainChannels)] + mainChannels, out);
+        out += mainChannels;
+        for (const auto& layer : layers) {
+            std::copy(&layer.second[i * 4], &layer.second[i * 4] + 4, out);
+            out += 4;
+        }
+    }
+    OIIO::ImageBuf image(spec);
+    image.set_pixels(OIIO::ROI::All(), OIIO::TypeDesc::FLOAT, pixels.data());
+    return image;
+}
+
+} // namespace
+
+ComposedFrame composeLinear(const Painter& paint, const PassPainter& paintPass, int depth,
+                            const std::optional<korvane::RgbImage>& background, FrameSize size,
+                            const std::filesystem::path& output, const CompositeOptions& options)
+{
+    const LinearFlare flare =
+        linearFlare(paint, paintPass, depth, size, std::exp2(options.exposure), options.passes);
+    const FlareAlpha ownAlpha = options.flareAlpha.value_or(FlareAlpha::luminance);
+
+    std::vector<float> main;
+    int channels = 3;
+    if (options.flareOnly) {
+        main = withAlpha(flare.whole, ownAlpha);
+        channels = 4;
+    } else if (background) {
+        channels = background->alpha.initialized() ? 4 : 3;
+        main = composite(*background, flare.whole, size, options, channels);
+    } else {
+        main = flare.whole;
+    }
+    std::vector<std::pair<std::string, std::vector<float>>> layers;
+    if (options.passes) {
+        layers.emplace_back("flare", withAlpha(flare.whole, ownAlpha));
+        for (std::size_t pass = 0; pass < kFlarePasses.size(); ++pass)
+            layers.emplace_back(std::string(kFlarePasses[pass].name), withAlpha(flare.passes[pass], ownAlpha));
     }
 
     ComposedFrame frame;
     if (korvane::isFloatFormat(output)) {
-        frame.image.reset(OIIO::ImageSpec(size.width, size.height, channels, OIIO::TypeDesc::FLOAT));
-        frame.image.set_pixels(OIIO::ROI::All(), OIIO::TypeDesc::FLOAT, linear.data());
+        frame.image = layeredImage(main, channels, layers, size);
         frame.sampleType = OIIO::TypeDesc::HALF;
         frame.colourSpace = std::string(korvane::kLinearSpace);
     } else {
         frame.sampleType = depth == 48 ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8;
-        frame.image = encodedForIntegerFile(linear, size.width, size.height, channels, frame.sampleType);
+        frame.image = encodedForIntegerFile(main, size.width, size.height, channels, frame.sampleType);
         frame.colourSpace = std::string(korvane::kSrgbSpace);
+        for (const auto& [name, rgba] : layers)
+            frame.sideImages.push_back(
+                {name, encodedForIntegerFile(rgba, size.width, size.height, 4, frame.sampleType)});
     }
-    if (background) {
-        // What describes the picture (camera data, orientation) stays.
-        for (const OIIO::ParamValue& attribute : background->pixels.spec().extra_attribs)
-            if (!frame.image.spec().find_attribute(attribute.name()))
-                frame.image.specmod().attribute(attribute.name().string(), attribute.type(), attribute.data());
+    if (background && !options.flareOnly) {
+        // What describes the picture (camera data, orientation) stays; what
+        // described the background's colour encoding no longer holds.
+        for (const OIIO::ParamValue& attribute : background->pixels.spec().extra_attribs) {
+            const std::string name = attribute.name().string();
+            if (name == "ICCProfile" || name == "oiio:ColorSpace" || name == "oiio:Gamma" ||
+                name == "Exif:ColorSpace" || frame.image.spec().find_attribute(name))
+                continue;
+            frame.image.specmod().attribute(name, attribute.type(), attribute.data());
+        }
     }
     return frame;
 }

@@ -6,7 +6,8 @@
 
 namespace glintwave::cli {
 
-ComposedFrame composeLinear(const Painter& paint, int depth, const std::optional<korvane::RgbImage>& background,
-                            FrameSize size, const std::filesystem::path& output, double exposure);
+ComposedFrame composeLinear(const Painter& paint, const PassPainter& paintPass, int depth,
+                            const std::optional<korvane::RgbImage>& background, FrameSize size,
+                            const std::filesystem::path& output, const CompositeOptions& options);
 
 } // namespace glintwave::cli

@@ -7,6 +7,7 @@
 
 #include "Commands.h"
 #include "Compose.h"
+#include "FlarePasses.h"
 #include "FlareRenderer.h"
 #include "Output.h"
 #include "SceneOptions.h"
@@ -74,9 +75,7 @@ int runSequence(const RenderOptions& options, const CommonOptions& common)
 
 int runRender(const RenderOptions& options, const CommonOptions& common)
 {
-    if (options.composite.blend == Blend::host && options.composite.exposure != 0.0)
-        throw UsageError("--exposure scales the flare in linear light; it does not go with --blend host, which "
-                         "paints the flare's levels as they are");
+    checkCompositeOptions(options.composite, options.depth, options.output);
     if (!options.project.empty())
         return runSequence(options, common);
     if (!options.frames.empty())
@@ -110,7 +109,16 @@ int runRender(const RenderOptions& options, const CommonOptions& common)
     const Painter paint = [&](korvane::FramePixels& frame) {
         renderer.render(settings, light, frame, "style " + styleText);
     };
-    ComposedFrame frame = composeFrame(paint, options.depth, background, size, options.output, options.composite);
+    const PassPainter paintPass = [&](korvane::FramePixels& frame, std::size_t pass) {
+        renderer.render(passSettings(settings, kFlarePasses[pass]), light, frame,
+                        "style " + styleText + ", " + std::string(kFlarePasses[pass].name));
+    };
+    ComposedFrame frame =
+        composeFrame(paint, options.depth, background, size, options.output, options.composite, paintPass);
+    for (SideImage& side : frame.sideImages) {
+        describeImage(side.image, styleText, settings, options.scene);
+        writeOutput(side.image, sideImageFile(options.output, side.suffix), frame.sampleType);
+    }
     describeImage(frame.image, styleText, settings, options.scene);
     writeOutput(frame.image, options.output, frame.sampleType);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -119,7 +127,10 @@ int runRender(const RenderOptions& options, const CommonOptions& common)
         char timing[32];
         std::snprintf(timing, sizeof timing, "%.2f s", seconds);
         std::cout << options.output.string() << ": " << size.width << "x" << size.height << ", style " << styleText
-                  << ", " << options.depth << "-bit, " << timing << ", " << fileSizeText(options.output) << "\n";
+                  << ", " << options.depth << "-bit, " << timing << ", " << fileSizeText(options.output);
+        if (!frame.sideImages.empty())
+            std::cout << ", and its passes in " << sideImageFile(options.output, "*").filename().string();
+        std::cout << "\n";
     }
     return 0;
 }
@@ -187,6 +198,30 @@ void addRenderCommand(CommandLine& line)
             },
             "scales the flare by 2^STOPS in linear light, so +1 doubles it (default 0)")
         ->option_text("STOPS")
+        ->group("Colour");
+    CLI::Option* flareOnly =
+        command
+            ->add_flag("--flare-only", options->composite.flareOnly,
+                       "the flare alone, without a background: premultiplied RGBA with the alpha of --flare-alpha")
+            ->group("Colour");
+    flareOnly->excludes("--over");
+    command
+        ->add_option_function<std::string>(
+            "--flare-alpha",
+            [options](const std::string& text) {
+                if (text != "luminance" && text != "zero")
+                    throw CLI::ValidationError("--flare-alpha", "'" + text + "' is not a flare alpha; give luminance "
+                                                                             "or zero");
+                options->composite.flareAlpha = text == "zero" ? FlareAlpha::zero : FlareAlpha::luminance;
+            },
+            "the flare's alpha: luminance (the default for --flare-only and --passes; over a background with "
+            "alpha, joined to it) or zero (colour over no coverage, for adding)")
+        ->option_text("luminance|zero")
+        ->group("Colour");
+    command
+        ->add_flag("--passes", options->composite.passes,
+                   "also the flare's parts, each with the other elements off: flare, glows, halo, rings, streaks; "
+                   "layers of an EXR, or files beside the output (out.rings.png)")
         ->group("Colour");
     command->add_option("--project", options->project,
                         "render the frames of a project (glintwave project new); -o then names every frame's "

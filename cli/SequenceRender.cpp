@@ -4,6 +4,7 @@
 #include "SequenceRender.h"
 
 #include "Compose.h"
+#include "FlarePasses.h"
 #include "FlareRenderer.h"
 #include "Interrupt.h"
 #include "Output.h"
@@ -92,9 +93,24 @@ void renderFrame(const Shot& shot, std::int32_t frame, FlareRenderer& renderer, 
     }
     const std::string file = shot.output.name(frame);
     const Painter paint = [&](korvane::FramePixels& pixels) { frames.render(frame, pixels.frameBuffer()); };
-    ComposedFrame composed = composeFrame(paint, shot.depth, background, size, file, shot.composite);
+    const PassPainter paintPass = [&](korvane::FramePixels& pixels, std::size_t pass) {
+        frames.render(frame, pixels.frameBuffer(), [pass](std::vector<std::uint8_t>& bytes) {
+            if (bytes.size() < sizeof(ControlDataRec))
+                return;
+            ControlDataRec settings;
+            std::memcpy(&settings, bytes.data(), sizeof settings);
+            settings = passSettings(settings, kFlarePasses[pass]);
+            std::memcpy(bytes.data(), &settings, sizeof settings);
+        });
+    };
+    ComposedFrame composed = composeFrame(paint, shot.depth, background, size, file, shot.composite, paintPass);
     OIIO::ImageBuf& image = composed.image;
     const ControlDataRec settings = settingsOf(renderer.instance());
+    for (SideImage& side : composed.sideImages) {
+        describeImage(side.image, styleText(renderer.styles(), settings.flareLens), settings, sceneAt(project, frame));
+        side.image.specmod().attribute("glintwave:frame", frame);
+        writeOutput(side.image, sideImageFile(file, side.suffix), composed.sampleType);
+    }
     describeImage(image, styleText(renderer.styles(), settings.flareLens), settings, sceneAt(project, frame));
     image.specmod().attribute("glintwave:frame", frame);
     writeOutput(image, file, composed.sampleType, whole);
@@ -303,6 +319,13 @@ std::vector<std::string> workerCommand(const SequenceOptions& options, const Com
     std::vector<std::string> command = {self.string(), "-q", "render", "--project", options.project.string(),
                                         "-o", options.output, "--depth", std::to_string(options.depth),
                                         "--blend", blendName(options.composite.blend)};
+    if (options.composite.flareOnly)
+        command.push_back("--flare-only");
+    if (options.composite.flareAlpha)
+        command.insert(command.end(), {"--flare-alpha", *options.composite.flareAlpha == FlareAlpha::zero ? "zero"
+                                                                                                       : "luminance"});
+    if (options.composite.passes)
+        command.push_back("--passes");
     if (options.composite.exposure != 0.0) {
         char stops[32];
         std::snprintf(stops, sizeof stops, "%.17g", options.composite.exposure);
@@ -389,7 +412,12 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
         pool.processes = processes;
         pool.removeLeftovers = [&shot](std::int32_t frame, pid_t worker) {
             std::error_code ignored;
-            std::filesystem::remove(korvane::temporaryImageName(shot.output.name(frame), worker), ignored);
+            const std::string file = shot.output.name(frame);
+            std::filesystem::remove(korvane::temporaryImageName(file, worker), ignored);
+            for (const FlarePass& pass : kFlarePasses)
+                std::filesystem::remove(
+                    korvane::temporaryImageName(sideImageFile(file, std::string(pass.name)), worker), ignored);
+            std::filesystem::remove(korvane::temporaryImageName(sideImageFile(file, "flare"), worker), ignored);
         };
         finished = renderInWorkerPool(pool, frames, tally);
     }

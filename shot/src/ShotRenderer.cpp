@@ -30,12 +30,29 @@ ShotRenderer::ShotRenderer(PluginInstance& instance, const Project& project)
     applyChannels(project, instance_.channels());
 }
 
-void ShotRenderer::render(std::int32_t frame, const FrameBuffer& buffer)
+void ShotRenderer::render(std::int32_t frame, const FrameBuffer& buffer, const SettingsEdit& edit)
 {
     // A style without elements registers no channels, and then there is
     // nothing to load.
     if (!instance_.channels().empty())
         instance_.require(kCmdLoadChannel, loadChannels(instance_, range_, frame));
+    if (!edit) {
+        instance_.require(kCmdFlareSetup, instance_.setup(frameSetupFor(project_, frame)));
+        instance_.require(kCmdFlareGenerate, instance_.generate(buffer));
+        return;
+    }
+    // The edit holds for this render only: settings no channel loads would
+    // otherwise carry it into the next frame.
+    const std::span<const std::uint8_t> loaded = instance_.controlData();
+    const std::vector<std::uint8_t> kept(loaded.begin(), loaded.end());
+    std::vector<std::uint8_t> edited = kept;
+    edit(edited);
+    instance_.setControlData(edited);
+    struct Restore {
+        PluginInstance& instance;
+        const std::vector<std::uint8_t>& kept;
+        ~Restore() { instance.setControlData(kept); }
+    } restore{instance_, kept};
     instance_.require(kCmdFlareSetup, instance_.setup(frameSetupFor(project_, frame)));
     instance_.require(kCmdFlareGenerate, instance_.generate(buffer));
 }

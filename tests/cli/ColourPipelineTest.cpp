@@ -9,7 +9,10 @@
 #include <OpenImageIO/imagebuf.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -99,6 +102,56 @@ TEST(ColourPipeline, AnIntegerPlateIsDecodedAddedAndKeepsItsAlpha)
             ASSERT_NEAR(r[c], expected, 2e-3 + std::fabs(expected) * 1e-3) << at(r, c);
         }
     }
+}
+
+TEST(ColourPipeline, TheFlareAloneAndItsPassesAddUpAndCarryAlpha)
+{
+    TempFolder scratch;
+    const std::string common = "render -q --style 1 --size 96x54 --light 0.35,0.4 ";
+    const CommandRun layered =
+        glintwave(scratch, common + "--flare-only --passes -o '" + (scratch / "f.exr").string() + "'");
+    ASSERT_EQ(layered.status, 0) << layered.err;
+    const OIIO::ImageBuf image = readBack(scratch / "f.exr");
+    const std::vector<std::string> layers = {"flare", "glows", "halo", "rings", "streaks"};
+    std::vector<std::string> expected = {"R", "G", "B", "A"};
+    for (const std::string& layer : layers)
+        for (const char* channel : {".R", ".G", ".B", ".A"})
+            expected.push_back(layer + channel);
+    std::vector<std::string> names = image.spec().channelnames;
+    std::sort(names.begin(), names.end());
+    std::sort(expected.begin(), expected.end());
+    ASSERT_EQ(names, expected);
+
+    const auto channel = [&](const std::string& name) { return image.spec().channelindex(name); };
+    std::vector<int> passRed;
+    for (std::size_t i = 1; i < layers.size(); ++i)
+        passRed.push_back(channel(layers[i] + ".R"));
+    int parts = 0;
+    for (OIIO::ImageBuf::ConstIterator<float> p(image); !p.done(); ++p) {
+        for (int c = 0; c < 3; ++c) {
+            const float flare = p[channel("flare.R") + c];
+            ASSERT_EQ(p[c], flare) << at(p, c);
+            double sum = 0;
+            int nonzero = 0;
+            for (const int red : passRed) {
+                sum += p[red + c];
+                nonzero += p[red + c] > 0;
+            }
+            expectHalfNear(static_cast<float>(sum), flare, "sum of passes " + at(p, c), 4e-3 * flare);
+            parts += nonzero > 1;
+        }
+        const double luminance = 0.2126 * p[0] + 0.7152 * p[1] + 0.0722 * p[2];
+        expectHalfNear(p[3], std::min(1.0, luminance), "alpha " + at(p, 3));
+    }
+    EXPECT_GT(parts, 0) << "no pixel where parts overlap";
+
+    // Formats without layers: one file per pass, RGBA, beside the frame.
+    const CommandRun files =
+        glintwave(scratch, common + "--passes --flare-alpha zero -o '" + (scratch / "c.png").string() + "'");
+    ASSERT_EQ(files.status, 0) << files.err;
+    for (const std::string& layer : layers)
+        EXPECT_EQ(readBack(scratch / ("c." + layer + ".png")).spec().nchannels, 4) << layer;
+    EXPECT_EQ(readBack(scratch / "c.png").spec().nchannels, 3);
 }
 
 } // namespace

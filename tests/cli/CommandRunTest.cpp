@@ -159,7 +159,11 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
         {"render --size 16x9 -o '" + (scratch / "nofolder" / "out.png").string() + "'", 1, "does not exist"},
         {"render --size 16x9 --blend screen" + out, 2, "'screen' is not a blend"},
         {"render --size 16x9 --exposure nan" + out, 2, "stops from -20 to 20"},
-        {"render --size 16x9 --blend host --exposure 1" + out, 2, "does not go with --blend host"},
+        {"render --size 16x9 --blend host --exposure 1" + out, 2, "do not go with --blend host"},
+        {"render --size 16x9 --depth 8 --passes" + out, 2, "do not go with the sketch"},
+        {"render --size 16x9 --flare-only -o '" + (scratch / "out.hdr").string() + "'", 2, "HDR files hold no alpha"},
+        {"render --over x.png --flare-only" + out, 2, "excludes"},
+        {"render --size 16x9 --flare-alpha half" + out, 2, "'half' is not a flare alpha"},
         {"sheet --cell 8x8" + out, 2, "not a cell size"},
         {"", 2, "subcommand"},
     };

@@ -14,6 +14,8 @@
 #include "korvane/Project.h"
 
 #include <cstdint>
+#include <functional>
+#include <vector>
 
 namespace korvane {
 
@@ -28,9 +30,14 @@ public:
     // the project keys channels the plug-in does not offer.
     ShotRenderer(PluginInstance& instance, const Project& project);
 
-    // Paints frame `frame` into the buffer (the project's frame size).
-    // Throws PluginError naming the command that failed.
-    void render(std::int32_t frame, const FrameBuffer& buffer);
+    // Changes the settings block of one frame's render (its channels
+    // already loaded), as a caller that knows the plug-in's records may.
+    using SettingsEdit = std::function<void(std::vector<std::uint8_t>& controlData)>;
+
+    // Paints frame `frame` into the buffer (the project's frame size),
+    // with `edit` applied to the settings for this render alone. Throws
+    // PluginError naming the command that failed.
+    void render(std::int32_t frame, const FrameBuffer& buffer, const SettingsEdit& edit = {});
 
     const ChannelRange& range() const { return range_; }
 
