@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
+#include <utility>
 #include <stdexcept>
 
 namespace glintwave::cli {
@@ -50,10 +52,12 @@ void describeColour(OIIO::ImageBuf& image, const ComposedFrame& frame, int depth
 
 void checkCompositeOptions(const CompositeOptions& options, int depth, const std::filesystem::path& output)
 {
-    const bool linearOnly = options.exposure != 0.0 || options.flareOnly || options.flareAlpha || options.passes;
+    const bool linearOnly = options.exposure != 0.0 || options.flareOnly || options.flareAlpha || options.passes ||
+                            !options.inputSpace.empty() || !options.workingSpace.empty() ||
+                            !options.outputSpace.empty();
     if (linearOnly && (options.blend == Blend::host || depth == 8))
-        throw UsageError(std::string("--exposure, --flare-only, --flare-alpha and --passes work in linear light; "
-                                     "they do not go with ") +
+        throw UsageError(std::string("--exposure, --flare-only, --flare-alpha, --passes and the colour spaces work "
+                                     "in linear light; they do not go with ") +
                          (depth == 8 ? "the sketch (--depth 8)" : "--blend host, which paints the flare's levels "
                                                                    "as they are"));
     std::string extension = output.extension().string();
@@ -62,6 +66,30 @@ void checkCompositeOptions(const CompositeOptions& options, int depth, const std
     if ((options.flareOnly || options.passes) && extension == ".hdr")
         throw UsageError(output.string() + ": HDR files hold no alpha or layers; write EXR for --flare-only and "
                                            "--passes");
+    const korvane::ColourSpaces builtIn;
+    const korvane::ColourSpaces& spaces = options.spaces ? *options.spaces : builtIn;
+    const std::pair<const std::string&, const char*> names[] = {{options.inputSpace, "--input-colorspace"},
+                                                                {options.workingSpace, "--working-colorspace"},
+                                                                {options.outputSpace, "--output-colorspace"}};
+    for (const auto& [name, option] : names) {
+        try {
+            if (!name.empty())
+                spaces.find(name, option);
+        } catch (const korvane::Error& e) {
+            throw UsageError(e.what());
+        }
+    }
+}
+
+std::shared_ptr<const korvane::ColourSpaces> colourSpacesFor(const std::string& file)
+{
+    std::string chosen = file;
+    if (chosen.empty())
+        if (const char* environment = std::getenv("OCIO"))
+            chosen = environment;
+    if (chosen.empty())
+        return nullptr;
+    return std::make_shared<const korvane::ColourSpaces>(korvane::ColourSpaces::fromConfig(chosen));
 }
 
 std::filesystem::path sideImageFile(const std::filesystem::path& output, const std::string& suffix)

@@ -19,11 +19,13 @@
 
 #include "ValueGrammar.h"
 
+#include "korvane/ColourSpaces.h"
 #include "korvane/FramePixels.h"
 #include "korvane/ImageIO.h"
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,6 +52,13 @@ struct CompositeOptions {
     // flare's alpha is joined to it (a + f - a f).
     std::optional<FlareAlpha> flareAlpha;
     bool passes = false;    // the flare's parts too (needs a PassPainter)
+    // The colour spaces: built in when null. Empty names take the defaults
+    // (ColourSpaces.h): working, the configuration's scene-linear space;
+    // input and output, scene-linear for float files and display-referred
+    // for integer ones.
+    std::shared_ptr<const korvane::ColourSpaces> spaces;
+    std::string ocio;  // the configuration file --ocio gave, for worker processes
+    std::string inputSpace, workingSpace, outputSpace;
 };
 
 // An image the frame writes beside its own file (a pass, in formats
@@ -71,9 +80,14 @@ ComposedFrame composeFrame(const Painter& paint, int depth, const std::optional<
                            FrameSize size, const std::filesystem::path& output, const CompositeOptions& options,
                            const PassPainter& paintPass = {});
 
-// Throws UsageError for options that do not go together: a linear blend's
-// options with the host blend or the sketch, alpha or layers into HDR.
+// Throws UsageError for options that do not go together (a linear blend's
+// options with the host blend or the sketch, alpha or layers into HDR) and
+// for colour space names the spaces do not know.
 void checkCompositeOptions(const CompositeOptions& options, int depth, const std::filesystem::path& output);
+
+// The colour spaces of the configuration `file` names, or of $OCIO when
+// it is empty; the built-in ones (null) when neither names one.
+std::shared_ptr<const korvane::ColourSpaces> colourSpacesFor(const std::string& file);
 
 // The file a side image is written to: "out.rings.png" beside "out.png".
 std::filesystem::path sideImageFile(const std::filesystem::path& output, const std::string& suffix);

@@ -7,11 +7,12 @@
 
 #include "korvane/ColourSpaces.h"
 #include "korvane/Dither.h"
-#include "korvane/TransferCurves.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <vector>
 
 namespace glintwave::cli {
@@ -19,14 +20,48 @@ namespace {
 
 constexpr int kFullLevel48 = 16320;  // 255 x 64
 
-// Linear light, scaled by the exposure, for every level the frame can hold:
-// levels are few, so each is decoded once.
-std::vector<double> levelsToLinear(int depth, double scale)
+// The colour conversions of one frame, from the spaces CompositeOptions
+// names or their defaults.
+struct ColourPlan {
+    std::unique_ptr<korvane::ColourConversion> flareToWorking;
+    std::unique_ptr<korvane::ColourConversion> inputToWorking;
+    std::unique_ptr<korvane::ColourConversion> workingToOutput;
+    std::string outputSpace;
+};
+
+ColourPlan colourPlan(const CompositeOptions& options, const std::optional<korvane::RgbImage>& background,
+                      const std::filesystem::path& output)
 {
-    const int full = depth == 48 ? kFullLevel48 : 255;
-    std::vector<double> table(static_cast<std::size_t>(full) + 1);
-    for (int level = 0; level <= full; ++level)
-        table[static_cast<std::size_t>(level)] = korvane::srgbToLinear(static_cast<double>(level) / full) * scale;
+    const korvane::ColourSpaces builtIn;
+    const korvane::ColourSpaces& spaces = options.spaces ? *options.spaces : builtIn;
+    const auto named = [&](const std::string& name, const char* option, const std::function<std::string()>& fallback) {
+        return name.empty() ? fallback() : spaces.find(name, option);
+    };
+    const std::string working = named(options.workingSpace, "--working-colorspace", [&] { return spaces.working(); });
+    // Float files hold scene-linear light, integer ones display-referred.
+    const auto forFile = [&](bool floatFile) { return floatFile ? spaces.working() : spaces.displayReferred(); };
+    ColourPlan plan;
+    plan.flareToWorking = spaces.conversion(spaces.displayReferred(), working);
+    if (background) {
+        const std::string input = named(options.inputSpace, "--input-colorspace", [&] {
+            return forFile(background->kind == korvane::SampleKind::Float);
+        });
+        plan.inputToWorking = spaces.conversion(input, working);
+    }
+    plan.outputSpace =
+        named(options.outputSpace, "--output-colorspace", [&] { return forFile(korvane::isFloatFormat(output)); });
+    plan.workingToOutput = spaces.conversion(working, plan.outputSpace);
+    return plan;
+}
+
+// Grey values 0..full (over full) through a conversion of one curve per
+// channel: a table that converts any colour.
+std::vector<float> greyTable(const korvane::ColourConversion& conversion, int full)
+{
+    std::vector<float> table(static_cast<std::size_t>(full + 1) * 3);
+    for (int v = 0; v <= full; ++v)
+        std::fill_n(&table[static_cast<std::size_t>(v) * 3], 3, static_cast<float>(static_cast<double>(v) / full));
+    conversion.apply(table.data(), static_cast<std::size_t>(full) + 1, 3);
     return table;
 }
 
@@ -50,21 +85,22 @@ struct FlareLevels {
     }
 };
 
-// A background's rows in linear light, premultiplied by its alpha.
+// A background's rows in the working space, premultiplied by its alpha.
 class LinearBackground {
 public:
-    explicit LinearBackground(const korvane::RgbImage& image)
-        : image_(image), hasAlpha_(image.alpha.initialized()), width_(image.pixels.spec().width)
+    LinearBackground(const korvane::RgbImage& image, const korvane::ColourConversion& toWorking)
+        : image_(image), toWorking_(toWorking), hasAlpha_(image.alpha.initialized()),
+          width_(image.pixels.spec().width), samples_(static_cast<std::size_t>(width_) * 3),
+          alpha_(static_cast<std::size_t>(width_), 1.0f)
     {
-        if (image.kind != korvane::SampleKind::Float) {
-            decoded_.resize(65536);
-            for (std::size_t code = 0; code < decoded_.size(); ++code)
-                decoded_[code] = korvane::srgbToLinear(static_cast<double>(code) / 65535.0);
-            codes_.resize(static_cast<std::size_t>(width_) * 3);
-        } else {
-            samples_.resize(static_cast<std::size_t>(width_) * 3);
-        }
-        alpha_.assign(static_cast<std::size_t>(width_), 1.0f);
+        // Integer samples take few values: with one curve per channel, a
+        // large image converts each value once. Either way a code becomes
+        // the same float and goes through the same curve.
+        const std::size_t samples = samples_.size() * static_cast<std::size_t>(image.pixels.spec().height);
+        if (image.kind != korvane::SampleKind::Float && toWorking.isPerChannel() && samples > 65536)
+            table_ = greyTable(toWorking, 65535);
+        if (image.kind != korvane::SampleKind::Float)
+            codes_.resize(samples_.size());
     }
 
     bool hasAlpha() const { return hasAlpha_; }
@@ -75,65 +111,84 @@ public:
         const OIIO::ROI line(0, width_, y, y + 1);
         if (hasAlpha_)
             image_.alpha.get_pixels(line, OIIO::TypeDesc::FLOAT, alpha_.data());
-        if (image_.kind == korvane::SampleKind::Float) {
-            image_.pixels.get_pixels(line, OIIO::TypeDesc::FLOAT, samples_.data());
-            for (std::int32_t x = 0; x < width_; ++x) {
-                for (int c = 0; c < 3; ++c)
-                    rgba[x * 4 + c] = samples_[x * 3 + c];
-                rgba[x * 4 + 3] = alpha_[x];
-            }
+        if (image_.kind != korvane::SampleKind::Float) {
+            integerRow(line, rgba);
             return;
         }
-        image_.pixels.get_pixels(line, OIIO::TypeDesc::UINT16, codes_.data());
+        image_.pixels.get_pixels(line, OIIO::TypeDesc::FLOAT, samples_.data());
+        if (!toWorking_.isIdentity()) {
+            for (std::int32_t x = 0; hasAlpha_ && x < width_; ++x)
+                for (int c = 0; c < 3; ++c)
+                    samples_[x * 3 + c] = alpha_[x] > 0.0f ? samples_[x * 3 + c] / alpha_[x] : 0.0f;
+            toWorking_.apply(samples_.data(), static_cast<std::size_t>(width_), 3);
+            for (std::int32_t x = 0; hasAlpha_ && x < width_; ++x)
+                for (int c = 0; c < 3; ++c)
+                    samples_[x * 3 + c] *= alpha_[x];
+        }
         for (std::int32_t x = 0; x < width_; ++x) {
-            const double alpha = alpha_[x];
-            for (int c = 0; c < 3; ++c) {
-                const std::uint16_t code = codes_[x * 3 + c];
-                if (!hasAlpha_) {
-                    rgba[x * 4 + c] = decoded_[code];
-                    continue;
-                }
-                // Integer files hold encoded colour premultiplied by alpha:
-                // divided out, decoded, and multiplied again in linear light.
-                const double encoded = alpha > 0.0 ? std::min(1.0, code / 65535.0 / alpha) : 0.0;
-                rgba[x * 4 + c] = decoded_[static_cast<std::size_t>(std::lround(encoded * 65535.0))] * alpha;
-            }
-            rgba[x * 4 + 3] = alpha;
+            for (int c = 0; c < 3; ++c)
+                rgba[x * 4 + c] = samples_[x * 3 + c];
+            rgba[x * 4 + 3] = alpha_[x];
         }
     }
 
 private:
+    // Integer colour comes premultiplied: divided out to the nearest code
+    // before the curve, multiplied again after it.
+    void integerRow(const OIIO::ROI& line, std::vector<double>& rgba)
+    {
+        image_.pixels.get_pixels(line, OIIO::TypeDesc::UINT16, codes_.data());
+        for (std::int32_t x = 0; hasAlpha_ && x < width_; ++x) {
+            const double alpha = alpha_[x];
+            for (int c = 0; c < 3; ++c) {
+                const double straight = alpha > 0.0 ? std::min(1.0, codes_[x * 3 + c] / 65535.0 / alpha) : 0.0;
+                codes_[x * 3 + c] = static_cast<std::uint16_t>(std::lround(straight * 65535.0));
+            }
+        }
+        if (table_.empty()) {
+            for (std::size_t i = 0; i < samples_.size(); ++i)
+                samples_[i] = static_cast<float>(static_cast<double>(codes_[i]) / 65535);
+            toWorking_.apply(samples_.data(), static_cast<std::size_t>(width_), 3);
+        } else {
+            for (std::size_t i = 0; i < samples_.size(); ++i)
+                samples_[i] = table_[static_cast<std::size_t>(codes_[i]) * 3];
+        }
+        for (std::int32_t x = 0; x < width_; ++x) {
+            const double alpha = alpha_[x];
+            for (int c = 0; c < 3; ++c)
+                rgba[x * 4 + c] = samples_[x * 3 + c] * (hasAlpha_ ? alpha : 1.0);
+            rgba[x * 4 + 3] = alpha;
+        }
+    }
+
     const korvane::RgbImage& image_;
+    const korvane::ColourConversion& toWorking_;
     bool hasAlpha_;
     std::int32_t width_;
-    std::vector<double> decoded_;
+    std::vector<float> table_;
     std::vector<std::uint16_t> codes_;
     std::vector<float> samples_;
     std::vector<float> alpha_;
 };
 
-// Linear values as sRGB codes of `type`, dithered; colour divided by alpha,
-// since integer files keep it apart.
-OIIO::ImageBuf encodedForIntegerFile(const std::vector<float>& linear, int width, int height, int channels,
-                                     OIIO::TypeDesc type)
+// Working-space values as codes of `type` in the output's space,
+// dithered; colour divided by alpha first, since integer files keep it apart.
+OIIO::ImageBuf encodedForIntegerFile(std::vector<float> values, int width, int height, int channels,
+                                     OIIO::TypeDesc type, const korvane::ColourConversion& toOutput)
 {
+    const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    if (channels == 4)
+        for (std::size_t i = 0; i < count; ++i)
+            for (int c = 0; c < 3; ++c)
+                values[i * 4 + c] = values[i * 4 + 3] > 0.0f ? values[i * 4 + c] / values[i * 4 + 3] : 0.0f;
+    toOutput.apply(values.data(), count, channels);
     const std::uint32_t maxCode = type == OIIO::TypeDesc::UINT8 ? 255u : 65535u;
-    std::vector<std::uint16_t> codes(linear.size());
+    std::vector<std::uint16_t> codes(values.size());
     std::size_t at = 0;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x, at += static_cast<std::size_t>(channels)) {
-            const double alpha = channels == 4 ? linear[at + 3] : 1.0;
-            for (int c = 0; c < 3; ++c) {
-                double value = linear[at + c];
-                if (channels == 4)
-                    value = alpha > 0.0 ? value / alpha : 0.0;
-                codes[at + c] = static_cast<std::uint16_t>(
-                    korvane::ditheredCode(korvane::linearToSrgb(value), maxCode, x, y, c));
-            }
-            if (channels == 4)
-                codes[at + 3] = static_cast<std::uint16_t>(korvane::ditheredCode(alpha, maxCode, x, y, 3));
-        }
-    }
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < channels; ++c, ++at)
+                codes[at] = static_cast<std::uint16_t>(korvane::ditheredCode(values[at], maxCode, x, y, c));
     OIIO::ImageBuf image(OIIO::ImageSpec(width, height, channels, type));
     if (type == OIIO::TypeDesc::UINT8) {
         const std::vector<std::uint8_t> bytes(codes.begin(), codes.end());
@@ -146,6 +201,26 @@ OIIO::ImageBuf encodedForIntegerFile(const std::vector<float>& linear, int width
     return image;
 }
 
+// Working-space values in the output's space, for float files: colour
+// stays premultiplied, converted as straight colour.
+void convertForFloatFile(std::vector<float>& values, int channels, const korvane::ColourConversion& toOutput)
+{
+    if (toOutput.isIdentity())
+        return;
+    const std::size_t count = values.size() / static_cast<std::size_t>(channels);
+    const auto scaleColour = [&](bool divide) {
+        for (std::size_t i = 0; channels == 4 && i < count; ++i) {
+            const float alpha = values[i * 4 + 3];
+            for (int c = 0; c < 3; ++c)
+                values[i * 4 + c] = divide ? (alpha > 0.0f ? values[i * 4 + c] / alpha : 0.0f)
+                                           : values[i * 4 + c] * alpha;
+        }
+    };
+    scaleColour(true);
+    toOutput.apply(values.data(), count, channels);
+    scaleColour(false);
+}
+
 // The flare and its parts in linear light: red, green, blue floats a pixel.
 struct LinearFlare {
     std::vector<float> whole;
@@ -156,12 +231,19 @@ struct LinearFlare {
 // to the levels each paints there, so the passes add up to the flare
 // everywhere; a part alone is its own light exactly.
 LinearFlare linearFlare(const Painter& paint, const PassPainter& paintPass, int depth, FrameSize size,
-                        double scale, bool withPasses)
+                        double scale, bool withPasses, const korvane::ColourConversion& toWorking)
 {
     const auto frameDepth = static_cast<std::int16_t>(depth);
     korvane::FramePixels frame(size.width, size.height, frameDepth);
     paint(frame);
-    const std::vector<double> toLinear = levelsToLinear(depth, scale);
+    // Levels are few: with one curve per channel a large frame converts
+    // each once; otherwise the frame's colours are converted below, from
+    // the same floats through the same curve.
+    const int full = depth == 48 ? kFullLevel48 : 255;
+    const bool byTable = toWorking.isPerChannel() &&
+                         static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 3 >
+                             static_cast<std::size_t>(full) + 1;
+    const std::vector<float> table = byTable ? greyTable(toWorking, full) : std::vector<float>{};
     const std::size_t samples = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 3;
     LinearFlare flare;
     flare.whole.resize(samples);
@@ -184,9 +266,20 @@ LinearFlare linearFlare(const Painter& paint, const PassPainter& paintPass, int 
             int whole[3];
             levels.at(x, y, whole);
             for (int c = 0; c < 3; ++c)
-                flare.whole[at + c] = static_cast<float>(toLinear[static_cast<std::size_t>(whole[c])]);
-            if (!withPasses)
-                continue;
+                flare.whole[at + c] = byTable ? static_cast<float>(table[static_cast<std::size_t>(whole[c]) * 3] * scale)
+                                              : static_cast<float>(static_cast<double>(whole[c]) / full);
+        }
+    }
+    if (!byTable) {
+        toWorking.apply(flare.whole.data(), flare.whole.size() / 3, 3);
+        for (float& value : flare.whole)
+            value = static_cast<float>(value * scale);
+    }
+    if (!withPasses)
+        return flare;
+    at = 0;
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        for (std::int32_t x = 0; x < size.width; ++x, at += 3) {
             int partLevel[kFlarePasses.size()][3];
             int total[3] = {0, 0, 0};
             for (std::size_t pass = 0; pass < partLevels.size(); ++pass) {
@@ -224,9 +317,9 @@ std::vector<float> withAlpha(const std::vector<float>& rgb, FlareAlpha alpha)
 
 // The background and the flare added; alpha as CompositeOptions says.
 std::vector<float> composite(const korvane::RgbImage& background, const std::vector<float>& flare, FrameSize size,
-                             const CompositeOptions& options, int channels)
+                             const CompositeOptions& options, int channels, const korvane::ColourConversion& toWorking)
 {
-    LinearBackground plate(background);
+    LinearBackground plate(background, toWorking);
     std::vector<double> under(static_cast<std::size_t>(size.width) * 4);
     std::vector<float> result(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) *
                               static_cast<std::size_t>(channels));
@@ -285,8 +378,9 @@ ComposedFrame composeLinear(const Painter& paint, const PassPainter& paintPass, 
                             const std::optional<korvane::RgbImage>& background, FrameSize size,
                             const std::filesystem::path& output, const CompositeOptions& options)
 {
-    const LinearFlare flare =
-        linearFlare(paint, paintPass, depth, size, std::exp2(options.exposure), options.passes);
+    const ColourPlan plan = colourPlan(options, background, output);
+    const LinearFlare flare = linearFlare(paint, paintPass, depth, size, std::exp2(options.exposure), options.passes,
+                                          *plan.flareToWorking);
     const FlareAlpha ownAlpha = options.flareAlpha.value_or(FlareAlpha::luminance);
 
     std::vector<float> main;
@@ -296,7 +390,7 @@ ComposedFrame composeLinear(const Painter& paint, const PassPainter& paintPass, 
         channels = 4;
     } else if (background) {
         channels = background->alpha.initialized() ? 4 : 3;
-        main = composite(*background, flare.whole, size, options, channels);
+        main = composite(*background, flare.whole, size, options, channels, *plan.inputToWorking);
     } else {
         main = flare.whole;
     }
@@ -308,17 +402,20 @@ ComposedFrame composeLinear(const Painter& paint, const PassPainter& paintPass, 
     }
 
     ComposedFrame frame;
+    frame.colourSpace = plan.outputSpace;
     if (korvane::isFloatFormat(output)) {
+        convertForFloatFile(main, channels, *plan.workingToOutput);
+        for (auto& layer : layers)
+            convertForFloatFile(layer.second, 4, *plan.workingToOutput);
         frame.image = layeredImage(main, channels, layers, size);
         frame.sampleType = OIIO::TypeDesc::HALF;
-        frame.colourSpace = std::string(korvane::kLinearSpace);
     } else {
         frame.sampleType = depth == 48 ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8;
-        frame.image = encodedForIntegerFile(main, size.width, size.height, channels, frame.sampleType);
-        frame.colourSpace = std::string(korvane::kSrgbSpace);
-        for (const auto& [name, rgba] : layers)
-            frame.sideImages.push_back(
-                {name, encodedForIntegerFile(rgba, size.width, size.height, 4, frame.sampleType)});
+        frame.image = encodedForIntegerFile(std::move(main), size.width, size.height, channels, frame.sampleType,
+                                            *plan.workingToOutput);
+        for (auto& [name, rgba] : layers)
+            frame.sideImages.push_back({name, encodedForIntegerFile(std::move(rgba), size.width, size.height, 4,
+                                                                    frame.sampleType, *plan.workingToOutput)});
     }
     if (background && !options.flareOnly) {
         // What describes the picture (camera data, orientation) stays; what

@@ -73,8 +73,10 @@ int runSequence(const RenderOptions& options, const CommonOptions& common)
     return renderSequence(sequence, common);
 }
 
-int runRender(const RenderOptions& options, const CommonOptions& common)
+int runRender(RenderOptions& options, const CommonOptions& common)
 {
+    if (options.composite.blend == Blend::linear && options.depth != 8)
+        options.composite.spaces = colourSpacesFor(options.composite.ocio);
     checkCompositeOptions(options.composite, options.depth, options.output);
     if (!options.project.empty())
         return runSequence(options, common);
@@ -217,6 +219,27 @@ void addRenderCommand(CommandLine& line)
             "the flare's alpha: luminance (the default for --flare-only and --passes; over a background with "
             "alpha, joined to it) or zero (colour over no coverage, for adding)")
         ->option_text("luminance|zero")
+        ->group("Colour");
+    command
+        ->add_option("--ocio", options->composite.ocio,
+                     "an OpenColorIO configuration whose colour spaces the names below take (default: $OCIO, "
+                     "else the built-in linear and sRGB)")
+        ->option_text("CONFIG")
+        ->group("Colour");
+    command
+        ->add_option("--input-colorspace", options->composite.inputSpace,
+                     "the background's space (default: scene-linear for EXR and HDR, sRGB for integer files)")
+        ->option_text("NAME")
+        ->group("Colour");
+    command
+        ->add_option("--working-colorspace", options->composite.workingSpace,
+                     "where the flare and the background add up (default: the configuration's scene_linear)")
+        ->option_text("NAME")
+        ->group("Colour");
+    command
+        ->add_option("--output-colorspace", options->composite.outputSpace,
+                     "the output's space (default: scene-linear for EXR, sRGB for integer files)")
+        ->option_text("NAME")
         ->group("Colour");
     command
         ->add_flag("--passes", options->composite.passes,

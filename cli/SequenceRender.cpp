@@ -326,6 +326,13 @@ std::vector<std::string> workerCommand(const SequenceOptions& options, const Com
                                                                                                        : "luminance"});
     if (options.composite.passes)
         command.push_back("--passes");
+    const std::pair<const std::string&, const char*> colour[] = {{options.composite.ocio, "--ocio"},
+                                                                 {options.composite.inputSpace, "--input-colorspace"},
+                                                                 {options.composite.workingSpace, "--working-colorspace"},
+                                                                 {options.composite.outputSpace, "--output-colorspace"}};
+    for (const auto& [value, option] : colour)
+        if (!value.empty())
+            command.insert(command.end(), {option, value});
     if (options.composite.exposure != 0.0) {
         char stops[32];
         std::snprintf(stops, sizeof stops, "%.17g", options.composite.exposure);

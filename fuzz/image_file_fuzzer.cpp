@@ -88,20 +88,31 @@ void compose(const korvane::RgbImage& background)
     const std::optional<korvane::RgbImage> over(background);
     const glintwave::cli::FrameSize size{spec.width, spec.height};
     using glintwave::cli::Blend;
+    glintwave::cli::CompositeOptions options;
+    options.exposure = 1.5;
     for (const int depth : {48, 32, 8})
         for (const char* output : {"f.png", "f.exr"})
             for (const Blend blend : {Blend::linear, Blend::host}) {
+                options.blend = blend;
                 // Only the linear blend keeps alpha; the sketch is drawn in the host's way.
                 const int channels = blend == Blend::linear && depth != 8 && background.alpha.initialized() ? 4 : 3;
-                requireShape(
-                    glintwave::cli::composeFrame(paintCorners, depth, over, size, output, {blend, 1.5}).image, spec,
-                    channels);
+                requireShape(glintwave::cli::composeFrame(paintCorners, depth, over, size, output, options).image,
+                             spec, channels);
             }
+    // The flare's passes, with the background's alpha joined to the flare's.
+    options.blend = Blend::linear;
+    options.passes = true;
+    options.flareAlpha = glintwave::cli::FlareAlpha::luminance;
+    const glintwave::cli::PassPainter paintPass = [](korvane::FramePixels& frame, std::size_t) { paintCorners(frame); };
+    requireShape(glintwave::cli::composeFrame(paintCorners, 48, over, size, "f.png", options, paintPass).image, spec,
+                 background.alpha.initialized() ? 4 : 3);
 
     if (background.kind != korvane::SampleKind::Int8)
         return;
+    glintwave::cli::CompositeOptions host;
+    host.blend = Blend::host;
     const OIIO::ImageBuf same =
-        glintwave::cli::composeFrame([](korvane::FramePixels&) {}, 48, over, size, "f.png", {Blend::host, 0.0}).image;
+        glintwave::cli::composeFrame([](korvane::FramePixels&) {}, 48, over, size, "f.png", host).image;
     const std::size_t count = static_cast<std::size_t>(spec.width) * spec.height * 3;
     std::vector<std::uint16_t> before(count), after(count);
     background.pixels.get_pixels(OIIO::ROI::All(), OIIO::TypeDesc::UINT16, before.data());

@@ -9,7 +9,7 @@ packages=(
   cmake make g++ gcc ccache pkgconf
   googletest libgtest-dev libbenchmark-dev
   nlohmann-json3-dev
-  libopenimageio-dev libopenexr-dev libcli11-dev libcpp-httplib-dev
+  libopenimageio-dev libopenexr-dev libopencolorio-dev libcli11-dev libcpp-httplib-dev
   fonts-dejavu-core
   dpkg-dev  # dpkg-shlibdeps: the Debian package's dependencies
 )

@@ -71,6 +71,39 @@ TEST(ColourPipeline, LinearFilesHoldTheDecodedLevelsAndIntegerFilesTheirCodes)
     EXPECT_EQ(levels.spec().get_string_attribute("glintwave:blend"), "host");
 }
 
+TEST(ColourPipeline, AConfigurationsSpacesConvertTheOutput)
+{
+    TempFolder scratch;
+    const std::string common = "render -q --style 1 --size 64x36 --light 0.4,0.4 ";
+    const auto render = [&](const std::string& options, const char* file) {
+        const CommandRun run = glintwave(scratch, common + options + " -o '" + (scratch / file).string() + "'");
+        EXPECT_EQ(run.status, 0) << file << "\n" << run.err;
+        return readBack(scratch / file);
+    };
+    const OIIO::ImageBuf builtIn = render("", "built-in.exr");
+    const std::string config = std::string("--ocio '") + OCIO_TEST_CONFIG + "' ";
+    struct Case {
+        const char* options;
+        double (*expected)(double);
+    };
+    const Case cases[] = {
+        {"", [](double v) { return v; }},
+        {"--output-colorspace half_linear", [](double v) { return v / 2; }},
+        {"--output-colorspace gamma22", [](double v) { return std::pow(v, 1 / 2.2); }},
+    };
+    for (const Case& c : cases) {
+        const OIIO::ImageBuf converted = render(config + c.options, "converted.exr");
+        for (OIIO::ImageBuf::ConstIterator<float> b(builtIn), o(converted); !b.done(); ++b, ++o) {
+            for (int ch = 0; ch < 3; ++ch) {
+                // The reference is itself a half: its rounding, through the curve.
+                const double step = std::max(6e-8, std::fabs(b[ch]) * 1e-3);
+                const double slack = std::fabs(c.expected(b[ch] + step) - c.expected(b[ch]));
+                expectHalfNear(o[ch], c.expected(b[ch]), std::string(c.options) + " " + at(o, ch), slack + 1e-6);
+            }
+        }
+    }
+}
+
 TEST(ColourPipeline, AnIntegerPlateIsDecodedAddedAndKeepsItsAlpha)
 {
     TempFolder scratch;

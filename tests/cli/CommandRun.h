@@ -37,10 +37,13 @@ inline std::string slurp(const std::filesystem::path& file)
     return text.str();
 }
 
-// Runs `environment glintwave arguments` through the shell, stdin closed.
+// Runs `environment glintwave arguments` through the shell, stdin closed,
+// without $OCIO.
 inline CommandRun glintwave(const TempFolder& scratch, const std::string& arguments, const std::string& environment = "")
 {
-    const std::string command = environment + " '" GLINTWAVE_COMMAND "' " + arguments + " >'" +
+    // The user's own colour configuration ($OCIO) would change the numbers
+    // the tests pin.
+    const std::string command = "env -u OCIO " + environment + " '" GLINTWAVE_COMMAND "' " + arguments + " >'" +
                                 (scratch / "out.txt").string() + "' 2>'" + (scratch / "err.txt").string() +
                                 "' </dev/null";
     CommandRun run;

@@ -164,6 +164,11 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
         {"render --size 16x9 --flare-only -o '" + (scratch / "out.hdr").string() + "'", 2, "HDR files hold no alpha"},
         {"render --over x.png --flare-only" + out, 2, "excludes"},
         {"render --size 16x9 --flare-alpha half" + out, 2, "'half' is not a flare alpha"},
+        {"render --size 16x9 --working-colorspace ACEScg" + out, 2,
+         "--working-colorspace: no colour space is called 'ACEScg' in the built-in spaces; the spaces are linear, sRGB"},
+        {"render --size 16x9 --ocio '" + std::string(OCIO_TEST_CONFIG) + "' --output-colorspace linear" + out, 2,
+         "the spaces are lin_rec709, sRGB texture, half_linear, gamma22"},
+        {"render --size 16x9 --ocio /nonexistent.ocio" + out, 1, "no such colour configuration"},
         {"sheet --cell 8x8" + out, 2, "not a cell size"},
         {"", 2, "subcommand"},
     };

@@ -59,7 +59,7 @@ class Background {
 public:
     Background(const TempFolder& scratch, const std::string& arguments) : scratch_(scratch)
     {
-        const std::string command = "exec '" GLINTWAVE_COMMAND "' " + arguments + " >'" +
+        const std::string command = "exec env -u OCIO '" GLINTWAVE_COMMAND "' " + arguments + " >'" +
                                     (scratch / "out.txt").string() + "' 2>'" + (scratch / "err.txt").string() +
                                     "' </dev/null";
         const char* argv[] = {"/bin/sh", "-c", command.c_str(), nullptr};

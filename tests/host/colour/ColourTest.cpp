@@ -69,7 +69,7 @@ TEST(ColourSpaces, NamesAreFoundAndConversionsKeepAlpha)
         spaces.find("ACEScg", "--input-colorspace");
         ADD_FAILURE() << "an unknown space was found";
     } catch (const korvane::Error& e) {
-        EXPECT_STREQ(e.what(), "--input-colorspace: no colour space is called 'ACEScg'; the spaces are linear, sRGB");
+        EXPECT_STREQ(e.what(), "--input-colorspace: no colour space is called 'ACEScg' in the built-in spaces; the spaces are linear, sRGB");
     }
     std::vector<float> pixels = {0.5f, 0.25f, 1.0f, 0.3f, 0.0f, 2.0f, 0.04f, 1.0f};
     const std::vector<float> before = pixels;
@@ -81,6 +81,49 @@ TEST(ColourSpaces, NamesAreFoundAndConversionsKeepAlpha)
     for (std::size_t i = 0; i < pixels.size(); ++i)
         EXPECT_NEAR(pixels[i], before[i], 1e-6f) << i;
     EXPECT_TRUE(spaces.conversion("linear", "LINEAR")->isIdentity());
+}
+
+TEST(ColourSpaces, AConfigurationGivesItsSpacesRolesAndConversions)
+{
+    const korvane::ColourSpaces spaces = korvane::ColourSpaces::fromConfig(OCIO_TEST_CONFIG);
+    EXPECT_FALSE(spaces.builtIn());
+    EXPECT_EQ(spaces.working(), "lin_rec709");
+    EXPECT_EQ(spaces.displayReferred(), "sRGB texture");
+    EXPECT_EQ(spaces.find("srgb_tx", "--input-colorspace"), "sRGB texture");  // an alias
+    EXPECT_EQ(spaces.find("scene_linear", "--working-colorspace"), "lin_rec709");  // a role
+
+    struct Case {
+        const char* from;
+        const char* to;
+        double (*expected)(double);
+    };
+    const Case cases[] = {
+        {"sRGB texture", "lin_rec709", [](double v) { return korvane::srgbToLinear(v); }},
+        {"lin_rec709", "sRGB texture", [](double v) { return korvane::linearToSrgb(v); }},
+        {"lin_rec709", "half_linear", [](double v) { return v / 2; }},
+        {"lin_rec709", "gamma22", [](double v) { return std::pow(v, 1 / 2.2); }},
+    };
+    for (const Case& c : cases) {
+        std::vector<float> pixels;
+        for (int i = 0; i <= 20; ++i)
+            pixels.insert(pixels.end(), {i / 20.0f, i / 40.0f, i / 80.0f, 0.5f});
+        spaces.conversion(c.from, c.to)->apply(pixels.data(), 21, 4);
+        for (int i = 0; i <= 20; ++i) {
+            const double inputs[3] = {i / 20.0, i / 40.0, i / 80.0};
+            for (int ch = 0; ch < 3; ++ch)
+                EXPECT_NEAR(pixels[i * 4 + ch], c.expected(inputs[ch]), 2e-6) << c.from << " to " << c.to << " " << i;
+            EXPECT_EQ(pixels[i * 4 + 3], 0.5f);
+        }
+    }
+
+    for (const char* file : {"/nonexistent/config.ocio", "/etc/hostname"}) {
+        try {
+            korvane::ColourSpaces::fromConfig(file);
+            ADD_FAILURE() << file << " was taken";
+        } catch (const korvane::Error& e) {
+            EXPECT_EQ(std::string(e.what()).rfind(file, 0), 0u) << e.what();
+        }
+    }
 }
 
 } // namespace
