@@ -178,6 +178,12 @@ TEST(ColourPipeline, TheFlareAloneAndItsPassesAddUpAndCarryAlpha)
     }
     EXPECT_GT(parts, 0) << "no pixel where parts overlap";
 
+    // The layers as a contact sheet.
+    const CommandRun sheet = glintwave(scratch, "sheet --layers '" + (scratch / "f.exr").string() + "' -o '" +
+                                                    (scratch / "sheet.png").string() + "'");
+    ASSERT_EQ(sheet.status, 0) << sheet.err;
+    EXPECT_NE(sheet.out.find(": 6 layers of f.exr, "), std::string::npos) << sheet.out;
+
     // Formats without layers: one file per pass, RGBA, beside the frame.
     const CommandRun files =
         glintwave(scratch, common + "--passes --flare-alpha zero -o '" + (scratch / "c.png").string() + "'");

@@ -170,6 +170,7 @@ TEST(GlintwaveCommand, ErrorsLeaveNoFile)
          "the spaces are lin_rec709, sRGB texture, half_linear, gamma22"},
         {"render --size 16x9 --ocio /nonexistent.ocio" + out, 1, "no such colour configuration"},
         {"sheet --cell 8x8" + out, 2, "not a cell size"},
+        {"sheet --layers '" + (scratch / "broken.png").string() + "'" + out, 1, "cannot read it as an image"},
         {"", 2, "subcommand"},
     };
     if (glintwave::cli::frameMemory(32768, 32768) > glintwave::cli::physicalMemory())
