@@ -67,6 +67,10 @@ int runSequence(const RenderOptions& options, const CommonOptions& common)
     sequence.over = options.over.string();
     sequence.depth = options.depth;
     sequence.composite = options.composite;
+    const auto given = [&](const char* option) { return options.command->count(option) > 0; };
+    sequence.given = {given("--blend"), given("--exposure"), given("--flare-only"), given("--flare-alpha"),
+                      given("--passes"), given("--ocio"), given("--input-colorspace"),
+                      given("--working-colorspace"), given("--output-colorspace")};
     sequence.threads = options.threads;
     sequence.skipExisting = options.skipExisting;
     sequence.workerSocket = options.workerSocket;
@@ -75,11 +79,12 @@ int runSequence(const RenderOptions& options, const CommonOptions& common)
 
 int runRender(RenderOptions& options, const CommonOptions& common)
 {
+    // A project's own output settings join the command's in the sequence.
+    if (!options.project.empty())
+        return runSequence(options, common);
     if (options.composite.blend == Blend::linear && options.depth != 8)
         options.composite.spaces = colourSpacesFor(options.composite.ocio);
     checkCompositeOptions(options.composite, options.depth, options.output);
-    if (!options.project.empty())
-        return runSequence(options, common);
     if (!options.frames.empty())
         throw UsageError("--frames renders the frames of a project: give --project P (glintwave project new "
                          "makes one)");

@@ -31,6 +31,7 @@
 #include <iostream>
 #include <map>
 #include <optional>
+#include <tuple>
 
 namespace glintwave::cli {
 namespace {
@@ -42,7 +43,35 @@ struct Shot {
     std::optional<korvane::FramePattern> over;
     int depth = 48;
     CompositeOptions composite;
+    bool exposureKeyed = false;  // the project's keys give each frame its exposure
 };
+
+// The command line's compositing options, and the project's output
+// settings for those it did not give. A configuration file named by the
+// project is found beside it.
+CompositeOptions mergedComposite(const SequenceOptions& options, const korvane::Project& project, bool& exposureKeyed)
+{
+    CompositeOptions merged = options.composite;
+    const korvane::OutputSettings& output = project.output;
+    const SequenceOptions::Given& given = options.given;
+    if (!given.blend && !output.blend.empty())
+        merged.blend = blendNamed(output.blend).value_or(Blend::linear);
+    merged.flareOnly = merged.flareOnly || (!given.flareOnly && output.flareOnly);
+    if (!given.flareAlpha && !output.flareAlpha.empty())
+        merged.flareAlpha = output.flareAlpha == "zero" ? FlareAlpha::zero : FlareAlpha::luminance;
+    merged.passes = merged.passes || (!given.passes && output.passes);
+    if (!given.ocio && !output.ocio.empty())
+        merged.ocio = (options.project.parent_path() / output.ocio).string();
+    const std::tuple<bool, const std::string&, std::string&> spaces[] = {
+        {given.inputSpace, output.inputColorspace, merged.inputSpace},
+        {given.workingSpace, output.workingColorspace, merged.workingSpace},
+        {given.outputSpace, output.outputColorspace, merged.outputSpace}};
+    for (const auto& [fromCommand, fromProject, target] : spaces)
+        if (!fromCommand && !fromProject.empty())
+            target = fromProject;
+    exposureKeyed = !given.exposure && !output.exposure.empty();
+    return merged;
+}
 
 std::string oneLine(std::string text)
 {
@@ -103,7 +132,10 @@ void renderFrame(const Shot& shot, std::int32_t frame, FlareRenderer& renderer, 
             std::memcpy(bytes.data(), &settings, sizeof settings);
         });
     };
-    ComposedFrame composed = composeFrame(paint, shot.depth, background, size, file, shot.composite, paintPass);
+    CompositeOptions composite = shot.composite;
+    if (shot.exposureKeyed)
+        composite.exposure = project.output.exposureAt(frame);
+    ComposedFrame composed = composeFrame(paint, shot.depth, background, size, file, composite, paintPass);
     OIIO::ImageBuf& image = composed.image;
     const ControlDataRec settings = settingsOf(renderer.instance());
     for (SideImage& side : composed.sideImages) {
@@ -309,7 +341,8 @@ int runWorker(const Shot& shot, const CommonOptions& common, int fd)
 }
 
 // The command line of a worker of this run; the pool adds its socket.
-std::vector<std::string> workerCommand(const SequenceOptions& options, const CommonOptions& common)
+std::vector<std::string> workerCommand(const SequenceOptions& options, const CompositeOptions& composite,
+                                       const CommonOptions& common)
 {
     std::error_code error;
     const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -318,24 +351,25 @@ std::vector<std::string> workerCommand(const SequenceOptions& options, const Com
                              "); render with --threads 1");
     std::vector<std::string> command = {self.string(), "-q", "render", "--project", options.project.string(),
                                         "-o", options.output, "--depth", std::to_string(options.depth),
-                                        "--blend", blendName(options.composite.blend)};
-    if (options.composite.flareOnly)
+                                        "--blend", blendName(composite.blend)};
+    if (composite.flareOnly)
         command.push_back("--flare-only");
-    if (options.composite.flareAlpha)
-        command.insert(command.end(), {"--flare-alpha", *options.composite.flareAlpha == FlareAlpha::zero ? "zero"
+    if (composite.flareAlpha)
+        command.insert(command.end(), {"--flare-alpha", *composite.flareAlpha == FlareAlpha::zero ? "zero"
                                                                                                        : "luminance"});
-    if (options.composite.passes)
+    if (composite.passes)
         command.push_back("--passes");
-    const std::pair<const std::string&, const char*> colour[] = {{options.composite.ocio, "--ocio"},
-                                                                 {options.composite.inputSpace, "--input-colorspace"},
-                                                                 {options.composite.workingSpace, "--working-colorspace"},
-                                                                 {options.composite.outputSpace, "--output-colorspace"}};
+    const std::pair<const std::string&, const char*> colour[] = {{composite.ocio, "--ocio"},
+                                                                 {composite.inputSpace, "--input-colorspace"},
+                                                                 {composite.workingSpace, "--working-colorspace"},
+                                                                 {composite.outputSpace, "--output-colorspace"}};
     for (const auto& [value, option] : colour)
         if (!value.empty())
             command.insert(command.end(), {option, value});
-    if (options.composite.exposure != 0.0) {
+    // The project's keyed exposure is read by each worker from the project.
+    if (options.given.exposure) {
         char stops[32];
-        std::snprintf(stops, sizeof stops, "%.17g", options.composite.exposure);
+        std::snprintf(stops, sizeof stops, "%.17g", composite.exposure);
         command.insert(command.end(), {"--exposure", stops});
     }
     if (!options.frames.empty())
@@ -371,7 +405,16 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
     Shot shot;
     shot.project = korvane::loadProject(options.project);
     shot.depth = options.depth;
-    shot.composite = options.composite;
+    shot.composite = mergedComposite(options, shot.project, shot.exposureKeyed);
+    if (shot.composite.blend == Blend::linear && shot.depth != 8)
+        shot.composite.spaces = colourSpacesFor(shot.composite.ocio);
+    checkCompositeOptions(shot.composite, shot.depth, options.output);
+    if (shot.exposureKeyed && (shot.composite.blend == Blend::host || shot.depth == 8))
+        throw UsageError(options.project.string() + ": its output.exposure works in linear light; it does not go "
+                                                    "with --blend host or the sketch");
+    if (shot.composite.flareOnly && !options.over.empty())
+        throw UsageError("--over does not go with the flare alone (--flare-only, or the project's "
+                         "output.flareOnly)");
     korvane::FrameList frames;
     try {
         shot.output = korvane::FramePattern(options.output);
@@ -415,7 +458,7 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
             common, tally);
     } else if (processes > 1) {
         WorkerPoolSetup pool;
-        pool.command = workerCommand(options, common);
+        pool.command = workerCommand(options, shot.composite, common);
         pool.processes = processes;
         pool.removeLeftovers = [&shot](std::int32_t frame, pid_t worker) {
             std::error_code ignored;

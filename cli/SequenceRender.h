@@ -32,6 +32,12 @@ struct SequenceOptions {
     std::string over;    // a background, numbered or one for every frame; empty: black
     int depth = 48;
     CompositeOptions composite;
+    // Which of them the command line gave: those it did not come from the
+    // project's output settings (scene.output), exposure keyed per frame.
+    struct Given {
+        bool blend = false, exposure = false, flareOnly = false, flareAlpha = false, passes = false;
+        bool ocio = false, inputSpace = false, workingSpace = false, outputSpace = false;
+    } given;
     int threads = 0;     // processes; 0: the CPUs this process may use
     bool skipExisting = false;
     int workerSocket = -1;  // a worker of another run: frames in and reports out on this socket

@@ -153,6 +153,58 @@ std::uint32_t typeByName(const std::string& name)
     return 0;
 }
 
+std::string text(const Json& value, const std::string& field, const Reader& in,
+                 std::initializer_list<const char*> allowed = {})
+{
+    constexpr std::size_t kMostText = 4096;
+    if (!value.is_string() || value.get_ref<const std::string&>().size() > kMostText)
+        in.fail(field, "must be a text of at most " + std::to_string(kMostText) + " characters");
+    const std::string& result = value.get_ref<const std::string&>();
+    if (allowed.size() != 0 && !result.empty() &&
+        std::none_of(allowed.begin(), allowed.end(), [&](const char* word) { return result == word; })) {
+        std::string words;
+        for (const char* word : allowed)
+            words += (words.empty() ? "\"" : ", \"") + std::string(word) + "\"";
+        in.fail(field, "must be one of " + words);
+    }
+    return result;
+}
+
+bool flag(const Json& value, const std::string& field, const Reader& in)
+{
+    if (!value.is_boolean())
+        in.fail(field, "must be true or false");
+    return value.get<bool>();
+}
+
+OutputSettings readOutput(const Json& value, const Reader& in)
+{
+    const Json& output = in.object(value, "scene.output");
+    in.onlyKnown(output, "scene.output",
+                 {"blend", "exposure", "flareOnly", "flareAlpha", "passes", "ocio", "inputColorspace",
+                  "workingColorspace", "outputColorspace"});
+    OutputSettings settings;
+    const auto field = [](const char* name) { return std::string("scene.output.") + name; };
+    if (output.contains("blend"))
+        settings.blend = text(output["blend"], field("blend"), in, {"linear", "host"});
+    if (output.contains("exposure"))
+        settings.exposure = in.keys(output["exposure"], field("exposure"), kChannelReal, 0);
+    if (output.contains("flareOnly"))
+        settings.flareOnly = flag(output["flareOnly"], field("flareOnly"), in);
+    if (output.contains("flareAlpha"))
+        settings.flareAlpha = text(output["flareAlpha"], field("flareAlpha"), in, {"luminance", "zero"});
+    if (output.contains("passes"))
+        settings.passes = flag(output["passes"], field("passes"), in);
+    const std::pair<const char*, std::string*> texts[] = {{"ocio", &settings.ocio},
+                                                          {"inputColorspace", &settings.inputColorspace},
+                                                          {"workingColorspace", &settings.workingColorspace},
+                                                          {"outputColorspace", &settings.outputColorspace}};
+    for (const auto& [name, target] : texts)
+        if (output.contains(name))
+            *target = text(output[name], field(name), in);
+    return settings;
+}
+
 Project readProject(const Json& root, const Reader& in)
 {
     Project project;
@@ -166,7 +218,7 @@ Project readProject(const Json& root, const Reader& in)
     project.controlData = std::move(*bytes);
 
     const Json& scene = in.object(in.member(root, "", "scene"), "scene");
-    in.onlyKnown(scene, "scene", {"width", "height", "firstFrame", "lastFrame", "frameRate", "light"});
+    in.onlyKnown(scene, "scene", {"width", "height", "firstFrame", "lastFrame", "frameRate", "light", "output"});
     project.width = static_cast<std::int32_t>(in.integer(in.member(scene, "scene", "width"), "scene.width", 1, 65535));
     project.height =
         static_cast<std::int32_t>(in.integer(in.member(scene, "scene", "height"), "scene.height", 1, 65535));
@@ -191,6 +243,9 @@ Project readProject(const Json& root, const Reader& in)
             *project.light.part(key) = in.keys(keys, field, type, 255);
         }
     }
+
+    if (scene.contains("output"))
+        project.output = readOutput(scene["output"], in);
 
     const Json& channels = in.object(in.member(root, "", "channels"), "channels");
     for (const auto& [path, channel] : channels.items()) {
@@ -296,11 +351,19 @@ Keys* LightTrack::part(std::string_view name)
     return nullptr;
 }
 
+double OutputSettings::exposureAt(std::int32_t frame) const
+{
+    return std::get<double>(interpolate(kChannelReal, exposure, 0.0, frame));
+}
+
 void upgradeProject(nlohmann::json& /*document*/, int fromVersion)
 {
     // Each later format version adds the step from the one before here, so
     // that a file goes through every step from its own version on.
-    throw Error("no upgrade from project format version " + std::to_string(fromVersion));
+    switch (fromVersion) {
+    case 1: return;  // 2 added scene.output, whose absence keeps the defaults
+    default: throw Error("no upgrade from project format version " + std::to_string(fromVersion));
+    }
 }
 
 std::string formatProject(const Project& project)
@@ -321,6 +384,27 @@ std::string formatProject(const Project& project)
         if (!track.part(part)->empty())
             light[part] = keysJson(*track.part(part));
     scene["light"] = light;
+    const OutputSettings& settings = project.output;
+    OrderedJson output = OrderedJson::object();
+    if (!settings.blend.empty())
+        output["blend"] = settings.blend;
+    if (!settings.exposure.empty())
+        output["exposure"] = keysJson(settings.exposure);
+    if (settings.flareOnly)
+        output["flareOnly"] = true;
+    if (!settings.flareAlpha.empty())
+        output["flareAlpha"] = settings.flareAlpha;
+    if (settings.passes)
+        output["passes"] = true;
+    const std::pair<const char*, const std::string*> texts[] = {{"ocio", &settings.ocio},
+                                                                {"inputColorspace", &settings.inputColorspace},
+                                                                {"workingColorspace", &settings.workingColorspace},
+                                                                {"outputColorspace", &settings.outputColorspace}};
+    for (const auto& [name, value] : texts)
+        if (!value->empty())
+            output[name] = *value;
+    if (!output.empty())
+        scene["output"] = output;
     OrderedJson channels = OrderedJson::object();
     for (const auto& [path, channel] : project.channels) {
         channels[path]["type"] = channelTypeName(channel.type);

@@ -6,6 +6,7 @@
 #include "korvane/FrameRange.h"
 #include "korvane/NumberText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <sstream>
@@ -114,6 +115,45 @@ void applyScene(Project& project, std::string_view field, const Assignment& edit
     }
 }
 
+void applyOutput(Project& project, std::string_view field, const Assignment& edit)
+{
+    OutputSettings& output = project.output;
+    if (field == "exposure") {
+        putKey(output.exposure, edit, project.firstFrame, parseValue(kChannelReal, edit.value));
+        return;
+    }
+    if (edit.frame)
+        throw Error("only output.exposure is keyed: drop the @" + std::to_string(*edit.frame));
+    const std::string value(trim(edit.value));
+    // "-" clears a text back to the command's default.
+    const auto textOf = [&](std::initializer_list<const char*> words, const char* names) {
+        if (value == "-")
+            return std::string();
+        if (words.size() != 0 && std::none_of(words.begin(), words.end(), [&](const char* w) { return value == w; }))
+            throw Error("output." + std::string(field) + " is " + names + " (or - for the default)");
+        return value;
+    };
+    if (field == "blend")
+        output.blend = textOf({"linear", "host"}, "linear or host");
+    else if (field == "flareAlpha")
+        output.flareAlpha = textOf({"luminance", "zero"}, "luminance or zero");
+    else if (field == "flareOnly")
+        output.flareOnly = std::get<bool>(parseValue(kChannelBoolean, value));
+    else if (field == "passes")
+        output.passes = std::get<bool>(parseValue(kChannelBoolean, value));
+    else if (field == "ocio")
+        output.ocio = textOf({}, "");
+    else if (field == "inputColorspace")
+        output.inputColorspace = textOf({}, "");
+    else if (field == "workingColorspace")
+        output.workingColorspace = textOf({}, "");
+    else if (field == "outputColorspace")
+        output.outputColorspace = textOf({}, "");
+    else
+        throw Error("the output has blend, exposure, flareOnly, flareAlpha, passes, ocio, inputColorspace, "
+                    "workingColorspace and outputColorspace, not \"" + std::string(field) + "\"");
+}
+
 } // namespace
 
 // Colours are shown in the 0-255 units they are typed in; channel colours
@@ -182,6 +222,8 @@ void applyAssignment(Project& project, const Assignment& edit, const ChannelStor
     try {
         if (name.starts_with("scene.")) {
             applyScene(project, name.substr(6), edit);
+        } else if (name.starts_with("output.")) {
+            applyOutput(project, name.substr(7), edit);
         } else if (name.starts_with("light.")) {
             const std::string_view part = name.substr(6);
             Keys* keys = project.light.part(part);
@@ -232,6 +274,17 @@ std::string describeProject(const Project& project)
         out << "  " << part << ":" << (keys.empty() ? "  " + formatValue(fallback) + " (default)" : formatKeys(keys))
             << "\n";
     }
+    const OutputSettings& output = project.output;
+    const auto orDefault = [](const std::string& text) { return text.empty() ? std::string("(default)") : text; };
+    out << "Output: blend " << orDefault(output.blend) << ", exposure"
+        << (output.exposure.empty() ? std::string(" 0 (default)") : formatKeys(output.exposure))
+        << (output.flareOnly ? ", flare only" : "") << ", flare alpha " << orDefault(output.flareAlpha)
+        << (output.passes ? ", with passes" : "") << "\n";
+    if (!output.ocio.empty() || !output.inputColorspace.empty() || !output.workingColorspace.empty() ||
+        !output.outputColorspace.empty())
+        out << "Colour spaces: configuration " << orDefault(output.ocio) << ", input "
+            << orDefault(output.inputColorspace) << ", working " << orDefault(output.workingColorspace) << ", output "
+            << orDefault(output.outputColorspace) << "\n";
     out << "Channels:" << (project.channels.empty() ? " none keyed, the settings hold\n" : "\n");
     for (const auto& [path, channel] : project.channels)
         out << "  " << path << " (" << channelTypeName(channel.type) << "):" << formatKeys(channel.keys, 257) << "\n";

@@ -164,6 +164,36 @@ TEST(GlintwaveSequence, SubsetsAndWorkersGiveTheSameBytes)
     }
 }
 
+TEST(GlintwaveSequence, TheProjectsOutputSettingsKeyTheExposureAndAddPasses)
+{
+    TempFolder scratch;
+    const auto shot = keyedShot(scratch);
+    ASSERT_EQ(glintwave(scratch, "-q project set " + quoted(shot) +
+                                     " --set output.passes=on --key output.exposure@1=0 --key output.exposure@3=2")
+                  .status,
+              0);
+    std::filesystem::create_directory(scratch / "keyed");
+    std::filesystem::create_directory(scratch / "plain");
+    const CommandRun keyed = glintwave(scratch, "-q render --project " + quoted(shot) + " --frames 1-3 --threads 2 -o " +
+                                                    quoted(scratch / "keyed/f.####.exr"));
+    ASSERT_EQ(keyed.status, 0) << keyed.err;
+    // The command's own --exposure wins over the project's keys.
+    const CommandRun plain = glintwave(scratch, "-q render --project " + quoted(shot) +
+                                                    " --frames 1-3 --threads 1 --exposure 0 -o " +
+                                                    quoted(scratch / "plain/f.####.exr"));
+    ASSERT_EQ(plain.status, 0) << plain.err;
+    for (const auto& [frame, scale] : {std::pair{"0001", 1.0f}, std::pair{"0002", 2.0f}, std::pair{"0003", 4.0f}}) {
+        const OIIO::ImageBuf k = readBack(scratch / "keyed" / ("f." + std::string(frame) + ".exr"));
+        const OIIO::ImageBuf p = readBack(scratch / "plain" / ("f." + std::string(frame) + ".exr"));
+        EXPECT_EQ(k.spec().channelindex("rings.R"), p.spec().channelindex("rings.R")) << frame;
+        EXPECT_GE(k.spec().channelindex("rings.R"), 3) << frame;
+        for (OIIO::ImageBuf::ConstIterator<float> a(k), b(p); !a.done(); ++a, ++b)
+            for (int c = 0; c < 3; ++c)
+                ASSERT_NEAR(a[c], scale * b[c], std::max(scale * 1.2e-7, scale * b[c] * 2e-3)) << frame << " " << a.x() << ","
+                                                                                      << a.y();
+    }
+}
+
 TEST(GlintwaveSequence, SkipExistingLeavesFilesThatExist)
 {
     TempFolder scratch;

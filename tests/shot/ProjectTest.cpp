@@ -30,6 +30,11 @@ Project keyedProject()
     project.channels["Halo/Visible"] = {kChannelBoolean, {{3, false}, {9, true}}};
     project.channels["Halo/Color"] = {kChannelRGB, {{1, ChannelColor{65535, 0, 257}}}};
     project.channels["Glintwave/Rotation"] = {kChannelReal, {{7, 0.1 + 0.2}}};  // not a short decimal
+    project.output.exposure = {{1, 0.0}, {48, 1.5}};
+    project.output.passes = true;
+    project.output.flareAlpha = "zero";
+    project.output.ocio = "looks/studio.ocio";
+    project.output.inputColorspace = "ACEScg";
     return project;
 }
 
@@ -127,6 +132,12 @@ TEST(Project, DamagedAndForeignFilesAreRefusedWithLineFieldAndReason)
         {"huge number", fileWith("\"width\": 64", "\"width\": 1e400"), "p:6: not valid JSON"},
         {"colour twice", fileWith("{\"x\": [[1, 0.5]]}", "{\"color\": [], \"colour\": []}"),
          "p:11: scene.light.colour: gives scene.light.color a second time"},
+        {"output blend", fileWith("\"light\": {", "\"output\": {\"blend\": \"screen\"}, \"light\": {"),
+         "p:11: scene.output.blend: must be one of \"linear\", \"host\""},
+        {"output switch", fileWith("\"light\": {", "\"output\": {\"passes\": 1}, \"light\": {"),
+         "p:11: scene.output.passes: must be true or false"},
+        {"output field", fileWith("\"light\": {", "\"output\": {\"gain\": 2}, \"light\": {"),
+         "p:11: scene.output.gain: unknown field"},
         {"channel twice", fileWith("\"Halo/Color\": {", "\"Halo/Colour\": {\"type\": \"REAL\", \"keys\": []}, \"Halo/Color\": {"),
          "p:14: channels[\"Halo/Colour\"]: names the channel of another entry"},
     };
@@ -214,8 +225,18 @@ TEST(ProjectEdit, AssignmentsKeyChannelsLightAndScene)
     korvane::applyAssignment(project, korvane::parseAssignment("Ring Scale=1.5"), channels);
     EXPECT_EQ(project.channels["Glintwave/Ring Scale"].keys, (korvane::Keys{{1, 1.5}}));
 
+    for (const char* edit : {"output.exposure@1=0", "output.exposure@9=2", "output.passes=on", "output.blend=host",
+                             "output.blend=-", "output.outputColorspace=ACEScg"})
+        korvane::applyAssignment(project, korvane::parseAssignment(edit), channels);
+    EXPECT_EQ(project.output.exposure, (korvane::Keys{{1, 0.0}, {9, 2.0}}));
+    EXPECT_DOUBLE_EQ(project.output.exposureAt(5), 1.0);
+    EXPECT_TRUE(project.output.passes);
+    EXPECT_EQ(project.output.blend, "");
+    EXPECT_EQ(project.output.outputColorspace, "ACEScg");
+
     for (const char* bad : {"Ring Scale", "=1", "Ring Scale@x=1", "Ring Scale=big", "Nothing=1", "Visible@1=maybe",
-                            "Color=256,0,0", "light.z=1", "scene.size@2=1x1", "scene.frames=9-1", "Glintwave=1"})
+                            "Color=256,0,0", "light.z=1", "scene.size@2=1x1", "scene.frames=9-1", "Glintwave=1",
+                            "output.blend=screen", "output.passes@3=on", "output.gain=2", "output.flareOnly=maybe"})
         EXPECT_THROW(korvane::applyAssignment(project, korvane::parseAssignment(bad), channels), korvane::Error)
             << bad;
     EXPECT_NE(korvane::describeProject(project).find("Glintwave/Ring Scale (REAL):  1: 1.5"), std::string::npos)

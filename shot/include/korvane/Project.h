@@ -16,6 +16,13 @@
 //         "intensity": [[1, 1.0]],
 //         "radius": [[1, 0.1]],            fraction of the height
 //         "rotation": [[1, 0.0]]           degrees
+//       },
+//       "output": {                        how frames become images; each field optional
+//         "blend": "linear",               or "host"
+//         "exposure": [[1, 0.0]],          stops
+//         "flareOnly": false, "flareAlpha": "luminance", "passes": true,
+//         "ocio": "studio.ocio", "inputColorspace": "ACEScg",
+//         "workingColorspace": "", "outputColorspace": ""
 //       }
 //     },
 //     "channels": {
@@ -33,7 +40,7 @@
 // held beyond the first and last key. Channel colours are the plug-in's
 // 16-bit levels (0-65535). A light value without keys takes its default.
 //
-// Versions: "version" is the format's version. A file of an older version
+// Versions: "version" is the format's version (2 added scene.output). A file of an older version
 // is upgraded in memory when it is read, one step per version
 // (upgradeProject), so a project written by any version opens in every
 // later one; a file of a newer version than this program reads is refused.
@@ -82,8 +89,26 @@ struct ProjectChannel {
     bool operator==(const ProjectChannel&) const = default;
 };
 
+// How the frames are made into images: the render command's options of the
+// same names. An empty text or an unset switch takes the command's default;
+// the command's own options, when given, win.
+struct OutputSettings {
+    std::string blend;       // "linear" or "host"
+    Keys exposure;           // stops, keyed per frame
+    bool flareOnly = false;
+    std::string flareAlpha;  // "luminance" or "zero"
+    bool passes = false;
+    std::string ocio;        // an OpenColorIO configuration file
+    std::string inputColorspace, workingColorspace, outputColorspace;
+
+    // The exposure at a frame: 0 without keys.
+    double exposureAt(std::int32_t frame) const;
+
+    bool operator==(const OutputSettings&) const = default;
+};
+
 struct Project {
-    static constexpr int kFormatVersion = 1;
+    static constexpr int kFormatVersion = 2;
 
     std::vector<std::uint8_t> controlData;  // empty: the plug-in's defaults
     std::int32_t width = 1920;
@@ -92,6 +117,7 @@ struct Project {
     std::int32_t lastFrame = 1;
     double frameRate = 24.0;
     LightTrack light;
+    OutputSettings output;
     std::map<std::string, ProjectChannel> channels;  // by channel path
 
     bool operator==(const Project&) const = default;

@@ -8,6 +8,11 @@
 //   light.radius, light.rotation      the light track
 //   scene.size (1920x1080), scene.frames (1-48), scene.rate (24)
 //                                     the scene; never keyed
+//   output.exposure (keyed), output.blend, output.flareOnly,
+//   output.flareAlpha, output.passes, output.ocio, output.inputColorspace,
+//   output.workingColorspace, output.outputColorspace
+//                                     how frames become images; "-" sets
+//                                     a text back to the default
 //   anything else                     a channel the plug-in offers, by its
 //                                     path ("Halo/Scale") or by a name only
 //                                     one channel has ("Ring Scale")
