@@ -354,8 +354,9 @@ OIIO::ImageBuf layeredImage(const std::vector<float>& main, int mainChannels,
         for (const char* channel : {".R", ".G", ".B", ".A"})
             spec.channelnames.push_back(name + channel);
     spec.alpha_channel = mainChannels == 4 ? 3 : -1;
-    std::vector<float> pixels(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) *
-                              static_cast<std::size_t>(channels));
+    // Filled in place: a frame of layers is large.
+    OIIO::ImageBuf image(spec);
+    auto* pixels = static_cast<float*>(image.localpixels());
     const std::size_t count = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
     for (std::size_t i = 0; i < count; ++i) {
         float* out = &pixels[i * static_cast<std::size_t>(channels)];
@@ -367,8 +368,6 @@ OIIO::ImageBuf layeredImage(const std::vector<float>& main, int mainChannels,
             out += 4;
         }
     }
-    OIIO::ImageBuf image(spec);
-    image.set_pixels(OIIO::ROI::All(), OIIO::TypeDesc::FLOAT, pixels.data());
     return image;
 }
 

@@ -23,6 +23,9 @@ namespace {
 // (12), a background read as float (12) and the converted samples on the
 // way to the file (12): a generous bound.
 constexpr std::uint64_t kBytesPerPixel = 48;
+// With passes: four more 48-bit frames (24), the whole flare and four parts
+// as float RGB (60) and RGBA (80), and the layered image (96).
+constexpr std::uint64_t kBytesPerPixelWithPasses = kBytesPerPixel + 24 + 60 + 80 + 96;
 
 std::string mebibytes(std::uint64_t bytes)
 {
@@ -45,9 +48,10 @@ void checkOutputPath(const std::filesystem::path& file)
                              " does not exist; make it first or write elsewhere");
 }
 
-std::uint64_t frameMemory(std::int32_t width, std::int32_t height)
+std::uint64_t frameMemory(std::int32_t width, std::int32_t height, bool passes)
 {
-    return static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) * kBytesPerPixel;
+    return static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) *
+           (passes ? kBytesPerPixelWithPasses : kBytesPerPixel);
 }
 
 std::uint64_t physicalMemory()
@@ -59,14 +63,15 @@ std::uint64_t physicalMemory()
     return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
 }
 
-void requireFrameMemory(std::int32_t width, std::int32_t height)
+void requireFrameMemory(std::int32_t width, std::int32_t height, bool passes)
 {
-    const std::uint64_t needed = frameMemory(width, height);
+    const std::uint64_t needed = frameMemory(width, height, passes);
     const std::uint64_t available = physicalMemory();
     if (available != 0 && needed > available)
         throw korvane::Error("a " + std::to_string(width) + "x" + std::to_string(height) + " frame needs about " +
                              mebibytes(needed) + " of memory, more than this machine's " + mebibytes(available) +
-                             "; choose a smaller --size");
+                             (passes ? "; render the passes of a smaller frame, or without --passes"
+                                     : "; choose a smaller --size"));
 }
 
 void describeImage(OIIO::ImageBuf& image, const std::string& style, const ControlDataRec& settings,

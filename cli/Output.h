@@ -21,9 +21,10 @@ void checkOutputPath(const std::filesystem::path& file);
 // The bytes a width x height frame may take at most (frame, image and
 // background together), and whether this machine has them. Throws
 // korvane::Error naming the size and what to do.
-std::uint64_t frameMemory(std::int32_t width, std::int32_t height);
+// With `passes`, the four parts' frames and the layers they make too.
+std::uint64_t frameMemory(std::int32_t width, std::int32_t height, bool passes = false);
 std::uint64_t physicalMemory();
-void requireFrameMemory(std::int32_t width, std::int32_t height);
+void requireFrameMemory(std::int32_t width, std::int32_t height, bool passes = false);
 
 // Records the style, the settings and the light in the image's metadata:
 // "glintwave:style" ("1 Classic zoom"), "glintwave:settings" and

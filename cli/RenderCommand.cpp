@@ -109,7 +109,7 @@ int runRender(RenderOptions& options, const CommonOptions& common)
         background = korvane::readRgbImage(options.over, limits);
         size = FrameSize{background->pixels.spec().width, background->pixels.spec().height};
     }
-    requireFrameMemory(size.width, size.height);
+    requireFrameMemory(size.width, size.height, options.composite.passes);
 
     const std::string styleText = std::to_string(style.number) + " " + style.name;
     const korvane::Light& light = options.scene.light;

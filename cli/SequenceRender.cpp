@@ -431,7 +431,7 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
         throw UsageError("-o " + options.output + " names one file for " + std::to_string(frames.size()) +
                          " frames; put the frame number in it, as in out.####.exr");
     checkOutputPath(shot.output.name(frames.front()));
-    requireFrameMemory(shot.project.width, shot.project.height);
+    requireFrameMemory(shot.project.width, shot.project.height, shot.composite.passes);
 
     if (options.workerSocket >= 0)
         return runWorker(shot, common, options.workerSocket);
