@@ -60,6 +60,8 @@ int runSheet(const SheetOptions& options, const CommonOptions& common)
     }
     OIIO::ImageBuf sheet = contactSheet(cells, options.layout);
     describeImage(sheet, options.layers.empty() ? "all " + what : what, options.scene.settings, options.scene);
+    // Cells are display-referred: painted levels, or layers encoded for show.
+    sheet.specmod().attribute("glintwave:colorspace", "sRGB");
     writeOutput(sheet, options.output,
                 korvane::isFloatFormat(options.output) ? OIIO::TypeDesc::HALF : OIIO::TypeDesc::UINT8);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
