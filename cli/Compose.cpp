@@ -12,8 +12,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
-#include <utility>
 #include <stdexcept>
+#include <utility>
 
 namespace glintwave::cli {
 

@@ -37,6 +37,11 @@ ColourPlan colourPlan(const CompositeOptions& options, const std::optional<korva
     const auto named = [&](const std::string& name, const char* option, const std::function<std::string()>& fallback) {
         return name.empty() ? fallback() : spaces.find(name, option);
     };
+    if (spaces.working().empty() && (options.workingSpace.empty() || options.inputSpace.empty() ||
+                                     options.outputSpace.empty()))
+        throw korvane::Error(korvane::ErrorPlace{spaces.source()},
+                             "names no scene_linear role; add one to it, or give --working-colorspace, "
+                             "--input-colorspace and --output-colorspace");
     const std::string working = named(options.workingSpace, "--working-colorspace", [&] { return spaces.working(); });
     // Float files hold scene-linear light, integer ones display-referred.
     const auto forFile = [&](bool floatFile) { return floatFile ? spaces.working() : spaces.displayReferred(); };

@@ -100,6 +100,7 @@ ColourSpaces ColourSpaces::fromConfig(const std::filesystem::path& file)
     ColourSpaces spaces;
     spaces.source_ = file.string();
     spaces.names_.clear();
+    spaces.working_.clear();
     spaces.config_ = std::make_unique<Config>();
     try {
         std::error_code error;
@@ -134,8 +135,8 @@ std::string ColourSpaces::displayReferred() const
     for (const std::string& name : names_)
         if (sameName(name, "sRGB"))
             return name;
-    throw Error(ErrorPlace{source_}, "names no display-referred space (no color_picking role, no space called "
-                                     "sRGB); give --input-colorspace and --output-colorspace");
+    throw Error(ErrorPlace{source_}, "names no display-referred space for the plug-in's painted levels (no "
+                                     "color_picking role, no space called sRGB); add a color_picking role to it");
 }
 
 std::string ColourSpaces::find(std::string_view name, std::string_view what) const

@@ -60,7 +60,9 @@ public:
     bool builtIn() const;
     // Where light adds up, and the space of display-referred pictures (what
     // the plug-in paints, and 8- and 16-bit files unless told otherwise).
-    // Throws Error when a configuration names neither.
+    // working is empty for a configuration without a scene_linear role;
+    // displayReferred throws Error when one has neither a color_picking role
+    // nor a space called sRGB.
     const std::string& working() const { return working_; }
     std::string displayReferred() const;
     const std::vector<std::string>& names() const { return names_; }
