@@ -43,7 +43,9 @@ void describeColour(OIIO::ImageBuf& image, const ComposedFrame& frame, int depth
     spec.attribute("glintwave:blend", depth == 8 ? "sketch" : blendName(options.blend));
     if (options.blend == Blend::linear && depth != 8)
         spec.attribute("glintwave:exposure", static_cast<float>(options.exposure));
-    if (floatFile)
+    // The built-in spaces' primaries are Rec.709; a configuration's spaces
+    // may have any, which it does not say in a form to copy.
+    if (floatFile && !options.spaces)
         spec.attribute("chromaticities", OIIO::TypeDesc(OIIO::TypeDesc::FLOAT, 8),
                        korvane::kRec709Chromaticities.data());
 }
