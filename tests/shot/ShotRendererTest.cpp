@@ -3,8 +3,11 @@
 // rendered alone, in order or backwards.
 #include "korvane/ShotRenderer.h"
 
+#include "glintwave/GlintwaveRecords.h"
+
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <numeric>
 
 namespace {
@@ -29,8 +32,10 @@ Project keyedShot()
     return project;
 }
 
-// Renders the frames in the order given with one instance.
-std::map<std::int32_t, Pixels> render(const Project& project, const std::vector<std::int32_t>& frames)
+// Renders the frames in the order given with one instance; `edit`, when
+// given, changes the settings of every odd frame's render.
+std::map<std::int32_t, Pixels> render(const Project& project, const std::vector<std::int32_t>& frames,
+                                      const korvane::ShotRenderer::SettingsEdit& edit = {})
 {
     korvane::PluginLibrary library(GLINTWAVE_PLUGIN_PATH);
     korvane::PluginInstance instance(library);
@@ -44,7 +49,7 @@ std::map<std::int32_t, Pixels> render(const Project& project, const std::vector<
         buffer.rowBytes = kWidth * 6;
         buffer.width = kWidth;
         buffer.height = kHeight;
-        shot.render(frame, buffer);
+        shot.render(frame, buffer, frame % 2 != 0 ? edit : korvane::ShotRenderer::SettingsEdit{});
     }
     return out;
 }
@@ -85,6 +90,27 @@ TEST(ShotRenderer, EveryFrameIsTheSameAloneInOrderAndBackwards)
     EXPECT_EQ(inOrder, backwards);
     for (std::int32_t frame : {3, 5})
         EXPECT_EQ(render(project, {frame}).at(frame), inOrder.at(frame)) << frame;
+}
+
+TEST(ShotRenderer, ASettingsEditHoldsForItsRenderAlone)
+{
+    const Project project = keyedShot();
+    const auto plain = render(project, {1, 2, 3, 4});
+    // Every element switched off: an edited frame is black.
+    const auto blank = [](std::vector<std::uint8_t>& bytes) {
+        ASSERT_GE(bytes.size(), sizeof(ControlDataRec));
+        ControlDataRec settings;
+        std::memcpy(&settings, bytes.data(), sizeof settings);
+        for (const int bit : {kFlagNoOriginGlow, kFlagNoOuterGlow, kFlagNoHalo, kFlagNoRings, kFlagNoStreaks})
+            settings.flareFlags |= FLARE_FLAG(bit);
+        std::memcpy(bytes.data(), &settings, sizeof settings);
+    };
+    const auto edited = render(project, {1, 2, 3, 4}, blank);
+    EXPECT_GT(energy(plain.at(1)), 0.0);
+    EXPECT_EQ(energy(edited.at(1)), 0.0) << "the edit changed nothing";
+    EXPECT_EQ(energy(edited.at(3)), 0.0) << "the edit changed nothing";
+    EXPECT_EQ(edited.at(2), plain.at(2)) << "the edit outlived its render";
+    EXPECT_EQ(edited.at(4), plain.at(4)) << "the edit outlived its render";
 }
 
 TEST(ShotRenderer, UnknownChannelsInTheProjectAreRefused)
