@@ -6,10 +6,11 @@
 // file goes through the same guarded open the command uses, which finds the
 // format from the content (the extension matters only for Targa, which has
 // no signature). Reading must either succeed or throw a korvane::Error. A
-// background that was read is composed at every depth, blend and kind of
-// output with a painter that touches the first and last pixel, and once
-// more with one that paints nothing in the host's blend: an 8-bit file must
-// then come back sample for sample.
+// background that was read is composed in one of the ways the command has
+// (a depth, blend and kind of output, or with passes) with a painter that
+// touches the first and last pixel, and once more with one that paints
+// nothing in the host's blend: an 8-bit file must then come back sample for
+// sample.
 //
 // OpenImageIO and the libraries under it are the system's and are not
 // instrumented: coverage guides only through our code, and a fault inside
@@ -77,7 +78,11 @@ void requireShape(const OIIO::ImageBuf& image, const OIIO::ImageSpec& background
         __builtin_trap();
 }
 
-void compose(const korvane::RgbImage& background)
+// One of the thirteen ways to compose, chosen by `variant`: depth, kind of
+// output and blend, or the linear blend with passes and joined alpha. One
+// a run keeps each execution cheap; mutations of the input's length visit
+// them all.
+void compose(const korvane::RgbImage& background, std::size_t variant)
 {
     const OIIO::ImageSpec& spec = background.pixels.spec();
     if (spec.width < 1 || spec.height < 1 || spec.width > kLimits.maxSide || spec.height > kLimits.maxSide ||
@@ -90,22 +95,26 @@ void compose(const korvane::RgbImage& background)
     using glintwave::cli::Blend;
     glintwave::cli::CompositeOptions options;
     options.exposure = 1.5;
-    for (const int depth : {48, 32, 8})
-        for (const char* output : {"f.png", "f.exr"})
-            for (const Blend blend : {Blend::linear, Blend::host}) {
-                options.blend = blend;
-                // Only the linear blend keeps alpha; the sketch is drawn in the host's way.
-                const int channels = blend == Blend::linear && depth != 8 && background.alpha.initialized() ? 4 : 3;
-                requireShape(glintwave::cli::composeFrame(paintCorners, depth, over, size, output, options).image,
-                             spec, channels);
-            }
-    // The flare's passes, with the background's alpha joined to the flare's.
-    options.blend = Blend::linear;
-    options.passes = true;
-    options.flareAlpha = glintwave::cli::FlareAlpha::luminance;
-    const glintwave::cli::PassPainter paintPass = [](korvane::FramePixels& frame, std::size_t) { paintCorners(frame); };
-    requireShape(glintwave::cli::composeFrame(paintCorners, 48, over, size, "f.png", options, paintPass).image, spec,
-                 background.alpha.initialized() ? 4 : 3);
+    variant %= 13;
+    if (variant < 12) {
+        constexpr int kDepths[] = {48, 32, 8};
+        const int depth = kDepths[variant / 4];
+        const char* output = variant % 2 == 0 ? "f.png" : "f.exr";
+        options.blend = (variant / 2) % 2 == 0 ? Blend::linear : Blend::host;
+        // Only the linear blend keeps alpha; the sketch is drawn in the host's way.
+        const int channels =
+            options.blend == Blend::linear && depth != 8 && background.alpha.initialized() ? 4 : 3;
+        requireShape(glintwave::cli::composeFrame(paintCorners, depth, over, size, output, options).image, spec,
+                     channels);
+    } else {
+        options.passes = true;
+        options.flareAlpha = glintwave::cli::FlareAlpha::luminance;
+        const glintwave::cli::PassPainter paintPass = [](korvane::FramePixels& frame, std::size_t) {
+            paintCorners(frame);
+        };
+        requireShape(glintwave::cli::composeFrame(paintCorners, 48, over, size, "f.png", options, paintPass).image,
+                     spec, background.alpha.initialized() ? 4 : 3);
+    }
 
     if (background.kind != korvane::SampleKind::Int8)
         return;
@@ -165,6 +174,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const korvane::Error&) {
         return 0;
     }
-    compose(*background);
+    compose(*background, size);
     return 0;
 }
