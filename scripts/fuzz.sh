@@ -8,7 +8,10 @@
 #                                   first; new inputs are kept in
 #                                   build-fuzz/corpus/NAME, and one line per
 #                                   harness (executions, seconds, findings)
-#                                   in build-fuzz/long-runs.txt
+#                                   in build-fuzz/long-runs.txt.
+#                                   GLINTWAVE_FUZZ_JOBS=N runs N processes
+#                                   of one harness at once (libFuzzer's fork
+#                                   mode) for the whole SECONDS
 # A harness that finds a fault stops with its input written to
 # build-fuzz/artifacts/; add that file to fuzz/corpus/NAME/ once it is fixed.
 set -euo pipefail
@@ -44,7 +47,12 @@ for name in "${harnesses[@]}"; do
   if [ "$mode" = long ]; then
     mkdir -p "$build/corpus/$name"
     found=$build/corpus/$name
-    options+=(-runs="${GLINTWAVE_FUZZ_RUNS:-10000000}" -max_total_time="$seconds")
+    jobs=${GLINTWAVE_FUZZ_JOBS:-1}
+    if [ "$jobs" -gt 1 ]; then
+      options+=(-fork="$jobs" -max_total_time="$seconds")
+    else
+      options+=(-runs="${GLINTWAVE_FUZZ_RUNS:-10000000}" -max_total_time="$seconds")
+    fi
     started=$(date +%s)
   else
     # New inputs go to a scratch folder: the committed corpus stays as it is.
@@ -56,7 +64,9 @@ for name in "${harnesses[@]}"; do
   "$build/${name}_fuzzer" "${options[@]}" "$found" "$root/fuzz/corpus/$name" >"$log" 2>&1 && status=0 || status=$?
   grep -E '^(stat::number_of_executed_units|#[0-9]+ +DONE)|ERROR|SUMMARY|Test unit written' "$log" || true
   if [ "$mode" = long ]; then
-    executions=$(grep -oE 'number_of_executed_units: *[0-9]+' "$log" | grep -oE '[0-9]+$' || echo "?")
+    # Fork mode reports the executions of all its processes as "#N:" lines.
+    executions=$( (grep -oE 'number_of_executed_units: *[0-9]+' "$log" || grep -oE '^#[0-9]+:' "$log") |
+                  tail -1 | grep -oE '[0-9]+' || echo "?")
     echo "$name: $executions executions in $(( $(date +%s) - started )) s, exit $status" \
          "$(grep -m1 -oE 'ERROR: .*' "$log" || echo "no findings")" | tee -a "$build/long-runs.txt"
   fi

@@ -61,7 +61,7 @@ RgbImage readRgbImage(const std::filesystem::path& file, const ImageLimits& limi
     const OIIO::TypeDesc::BASETYPE base = static_cast<OIIO::TypeDesc::BASETYPE>(spec.format.basetype);
     if (base == OIIO::TypeDesc::HALF || base == OIIO::TypeDesc::FLOAT || base == OIIO::TypeDesc::DOUBLE)
         image.kind = SampleKind::Float;
-    else if (spec.format.size() == 1)
+    else if (base == OIIO::TypeDesc::UINT8)  // signed 8-bit samples are no 8-bit codes once converted
         image.kind = SampleKind::Int8;
     else
         image.kind = SampleKind::Int16;
