@@ -46,6 +46,7 @@ enum class FlareAlpha { luminance, zero };
 struct CompositeOptions {
     Blend blend = Blend::linear;
     double exposure = 0.0;  // stops: the flare is scaled by 2^exposure in linear light
+    double visibility = 1.0;  // the part of the light an occluder leaves seen, scaling the flare's light too
     bool flareOnly = false; // the flare alone, premultiplied RGBA, without a background
     // Unset: luminance for the flare alone and its passes; over a background
     // the background's alpha as it is. Set over a background with alpha, the

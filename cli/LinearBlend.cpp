@@ -383,7 +383,7 @@ ComposedFrame composeLinear(const Painter& paint, const PassPainter& paintPass, 
                             const std::filesystem::path& output, const CompositeOptions& options)
 {
     const ColourPlan plan = colourPlan(options, background, output);
-    const LinearFlare flare = linearFlare(paint, paintPass, depth, size, std::exp2(options.exposure), options.passes,
+    const LinearFlare flare = linearFlare(paint, paintPass, depth, size, std::exp2(options.exposure) * options.visibility, options.passes,
                                           *plan.flareToWorking);
     const FlareAlpha ownAlpha = options.flareAlpha.value_or(FlareAlpha::luminance);
 

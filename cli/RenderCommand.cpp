@@ -9,6 +9,7 @@
 #include "Compose.h"
 #include "FlarePasses.h"
 #include "FlareRenderer.h"
+#include "Occluders.h"
 #include "Output.h"
 #include "SceneOptions.h"
 #include "SequenceRender.h"
@@ -35,6 +36,7 @@ struct RenderOptions {
     std::filesystem::path output;
     int depth = 48;
     CompositeOptions composite;
+    OcclusionOptions occlusion;
     // Sequences (SequenceRender.h).
     std::filesystem::path project;
     std::string frames;
@@ -71,6 +73,7 @@ int runSequence(const RenderOptions& options, const CommonOptions& common)
     sequence.given = {given("--blend"), given("--exposure"), given("--flare-only"), given("--flare-alpha"),
                       given("--passes"), given("--ocio"), given("--input-colorspace"),
                       given("--working-colorspace"), given("--output-colorspace")};
+    sequence.occlusion = options.occlusion;
     sequence.threads = options.threads;
     sequence.skipExisting = options.skipExisting;
     sequence.workerSocket = options.workerSocket;
@@ -112,7 +115,15 @@ int runRender(RenderOptions& options, const CommonOptions& common)
     requireFrameMemory(size.width, size.height, options.composite.passes);
 
     const std::string styleText = std::to_string(style.number) + " " + style.name;
-    const korvane::Light& light = options.scene.light;
+    korvane::Light light = options.scene.light;
+    CompositeOptions composite = options.composite;
+    if (!options.occlusion.occluder.empty()) {
+        const double visible = lightVisibility(options.occlusion, options.occlusion.occluder, light, size);
+        if (composite.blend == Blend::linear && options.depth != 8)
+            composite.visibility = visible;
+        else
+            light.intensity *= visible;
+    }
     const Painter paint = [&](korvane::FramePixels& frame) {
         renderer.render(settings, light, frame, "style " + styleText);
     };
@@ -121,7 +132,7 @@ int runRender(RenderOptions& options, const CommonOptions& common)
                         "style " + styleText + ", " + std::string(kFlarePasses[pass].name));
     };
     ComposedFrame frame =
-        composeFrame(paint, options.depth, background, size, options.output, options.composite, paintPass);
+        composeFrame(paint, options.depth, background, size, options.output, composite, paintPass);
     for (SideImage& side : frame.sideImages) {
         describeImage(side.image, styleText, settings, options.scene);
         writeOutput(side.image, sideImageFile(options.output, side.suffix), frame.sampleType);
@@ -271,6 +282,7 @@ void addRenderCommand(CommandLine& line)
         ->group("Sequence");
     // How a parallel run hands frames to its worker processes; not for people.
     command->add_option("--worker-socket", options->workerSocket)->group("");
+    addOcclusionOptions(*command, options->occlusion);
     addLightOptions(*command, options->scene);
     addSettingOptions(*command, options->scene.settings);
 }

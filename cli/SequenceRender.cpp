@@ -44,7 +44,18 @@ struct Shot {
     int depth = 48;
     CompositeOptions composite;
     bool exposureKeyed = false;  // the project's keys give each frame its exposure
+    OcclusionOptions occlusion;
+    std::optional<korvane::FramePattern> occluder;
 };
+
+// The part of the frame's light its occluder leaves visible; 1 without one.
+double visibilityAt(const Shot& shot, std::int32_t frame)
+{
+    if (!shot.occluder)
+        return 1.0;
+    return lightVisibility(shot.occlusion, shot.occluder->name(frame), shot.project.light.at(frame),
+                           FrameSize{shot.project.width, shot.project.height});
+}
 
 // The command line's compositing options, and the project's output
 // settings for those it did not give. A configuration file named by the
@@ -121,18 +132,26 @@ void renderFrame(const Shot& shot, std::int32_t frame, FlareRenderer& renderer, 
                                  std::to_string(size.width) + "x" + std::to_string(size.height));
     }
     const std::string file = shot.output.name(frame);
-    const Painter paint = [&](korvane::FramePixels& pixels) { frames.render(frame, pixels.frameBuffer()); };
+    // An occluder dims the flare in linear light, or in the host's blend
+    // through the light's intensity.
+    const double visible = visibilityAt(shot, frame);
+    const bool linear = shot.composite.blend == Blend::linear && shot.depth != 8;
+    const double lightIntensity = linear ? 1.0 : visible;
+    const Painter paint = [&](korvane::FramePixels& pixels) {
+        frames.render(frame, pixels.frameBuffer(), {{}, lightIntensity});
+    };
     const PassPainter paintPass = [&](korvane::FramePixels& pixels, std::size_t pass) {
-        frames.render(frame, pixels.frameBuffer(), [pass](std::vector<std::uint8_t>& bytes) {
+        frames.render(frame, pixels.frameBuffer(), {[pass](std::vector<std::uint8_t>& bytes) {
             if (bytes.size() < sizeof(ControlDataRec))
                 return;
             ControlDataRec settings;
             std::memcpy(&settings, bytes.data(), sizeof settings);
             settings = passSettings(settings, kFlarePasses[pass]);
             std::memcpy(bytes.data(), &settings, sizeof settings);
-        });
+        }, lightIntensity});
     };
     CompositeOptions composite = shot.composite;
+    composite.visibility = linear ? visible : 1.0;
     if (shot.exposureKeyed)
         composite.exposure = project.output.exposureAt(frame);
     ComposedFrame composed = composeFrame(paint, shot.depth, background, size, file, composite, paintPass);
@@ -372,6 +391,8 @@ std::vector<std::string> workerCommand(const SequenceOptions& options, const Com
         std::snprintf(stops, sizeof stops, "%.17g", composite.exposure);
         command.insert(command.end(), {"--exposure", stops});
     }
+    const std::vector<std::string> occlusion = options.occlusion.asArguments();
+    command.insert(command.end(), occlusion.begin(), occlusion.end());
     if (!options.frames.empty())
         command.insert(command.end(), {"--frames", options.frames});
     if (!options.over.empty())
@@ -415,11 +436,14 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
     if (shot.composite.flareOnly && !options.over.empty())
         throw UsageError("--over does not go with the flare alone (--flare-only, or the project's "
                          "output.flareOnly)");
+    shot.occlusion = options.occlusion;
     korvane::FrameList frames;
     try {
         shot.output = korvane::FramePattern(options.output);
         if (!options.over.empty())
             shot.over = korvane::FramePattern(options.over);
+        if (!options.occlusion.occluder.empty())
+            shot.occluder = korvane::FramePattern(options.occlusion.occluder);
         frames = options.frames.empty()
                      ? korvane::parseFrameRange(std::to_string(shot.project.firstFrame) + "-" +
                                                 std::to_string(shot.project.lastFrame))

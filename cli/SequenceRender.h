@@ -19,6 +19,7 @@
 
 #include "CommandLine.h"
 #include "Compose.h"
+#include "Occluders.h"
 
 #include <filesystem>
 #include <string>
@@ -38,6 +39,7 @@ struct SequenceOptions {
         bool blend = false, exposure = false, flareOnly = false, flareAlpha = false, passes = false;
         bool ocio = false, inputSpace = false, workingSpace = false, outputSpace = false;
     } given;
+    OcclusionOptions occlusion;
     int threads = 0;     // processes; 0: the CPUs this process may use
     bool skipExisting = false;
     int workerSocket = -1;  // a worker of another run: frames in and reports out on this socket

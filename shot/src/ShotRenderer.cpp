@@ -4,9 +4,11 @@
 
 namespace korvane {
 
-FrameSetup frameSetupFor(const Project& project, std::int32_t frame)
+FrameSetup frameSetupFor(const Project& project, std::int32_t frame, double intensity)
 {
-    FrameSetup setup = FrameSetup::centred(project.width, project.height, project.light.at(frame));
+    Light light = project.light.at(frame);
+    light.intensity *= intensity;
+    FrameSetup setup = FrameSetup::centred(project.width, project.height, light);
     setup.frameIndex = frame;
     setup.frameTime = frame / project.frameRate;
     setup.frameTimeDelta = 1.0 / project.frameRate;
@@ -30,14 +32,15 @@ ShotRenderer::ShotRenderer(PluginInstance& instance, const Project& project)
     applyChannels(project, instance_.channels());
 }
 
-void ShotRenderer::render(std::int32_t frame, const FrameBuffer& buffer, const SettingsEdit& edit)
+void ShotRenderer::render(std::int32_t frame, const FrameBuffer& buffer, const Adjustments& adjust)
 {
     // A style without elements registers no channels, and then there is
     // nothing to load.
     if (!instance_.channels().empty())
         instance_.require(kCmdLoadChannel, loadChannels(instance_, range_, frame));
+    const SettingsEdit& edit = adjust.settings;
     if (!edit) {
-        instance_.require(kCmdFlareSetup, instance_.setup(frameSetupFor(project_, frame)));
+        instance_.require(kCmdFlareSetup, instance_.setup(frameSetupFor(project_, frame, adjust.lightIntensity)));
         instance_.require(kCmdFlareGenerate, instance_.generate(buffer));
         return;
     }
@@ -53,7 +56,7 @@ void ShotRenderer::render(std::int32_t frame, const FrameBuffer& buffer, const S
         const std::vector<std::uint8_t>& kept;
         ~Restore() { instance.setControlData(kept); }
     } restore{instance_, kept};
-    instance_.require(kCmdFlareSetup, instance_.setup(frameSetupFor(project_, frame)));
+    instance_.require(kCmdFlareSetup, instance_.setup(frameSetupFor(project_, frame, adjust.lightIntensity)));
     instance_.require(kCmdFlareGenerate, instance_.generate(buffer));
 }
 

@@ -49,7 +49,7 @@ std::map<std::int32_t, Pixels> render(const Project& project, const std::vector<
         buffer.rowBytes = kWidth * 6;
         buffer.width = kWidth;
         buffer.height = kHeight;
-        shot.render(frame, buffer, frame % 2 != 0 ? edit : korvane::ShotRenderer::SettingsEdit{});
+        shot.render(frame, buffer, {frame % 2 != 0 ? edit : korvane::ShotRenderer::SettingsEdit{}});
     }
     return out;
 }

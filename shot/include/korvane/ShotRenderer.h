@@ -22,7 +22,18 @@ namespace korvane {
 // The 'SETF' of a frame of the project: the frame's size, the light at its
 // place (fractions of the frame), colour, intensity, radius (a fraction of
 // the height) and rotation, and the frame's time at the project's rate.
-FrameSetup frameSetupFor(const Project& project, std::int32_t frame);
+// `intensity` multiplies the light's.
+FrameSetup frameSetupFor(const Project& project, std::int32_t frame, double intensity = 1.0);
+
+// Changes the settings block of one frame's render (its channels already
+// loaded), as a caller that knows the plug-in's records may.
+using SettingsEdit = std::function<void(std::vector<std::uint8_t>& controlData)>;
+
+// What one render changes for itself alone.
+struct RenderAdjustments {
+    SettingsEdit settings;
+    double lightIntensity = 1.0;  // multiplies the light track's intensity
+};
 
 class ShotRenderer {
 public:
@@ -30,14 +41,13 @@ public:
     // the project keys channels the plug-in does not offer.
     ShotRenderer(PluginInstance& instance, const Project& project);
 
-    // Changes the settings block of one frame's render (its channels
-    // already loaded), as a caller that knows the plug-in's records may.
-    using SettingsEdit = std::function<void(std::vector<std::uint8_t>& controlData)>;
+    using SettingsEdit = korvane::SettingsEdit;
+    using Adjustments = RenderAdjustments;
 
     // Paints frame `frame` into the buffer (the project's frame size),
-    // with `edit` applied to the settings for this render alone. Throws
-    // PluginError naming the command that failed.
-    void render(std::int32_t frame, const FrameBuffer& buffer, const SettingsEdit& edit = {});
+    // adjusted for this render alone. Throws PluginError naming the command
+    // that failed.
+    void render(std::int32_t frame, const FrameBuffer& buffer, const Adjustments& adjust = {});
 
     const ChannelRange& range() const { return range_; }
 
