@@ -8,13 +8,21 @@
 #include "korvane/ImageIO.h"
 #include "korvane/NumberText.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
 namespace glintwave::cli {
 
 std::vector<std::string> OcclusionOptions::asArguments() const
 {
-    if (occluder.empty())
+    if (!any())
         return {};
-    std::vector<std::string> arguments = {"--occluder", occluder, "--occluder-channel", channelName};
+    std::vector<std::string> arguments =
+        depth.empty() ? std::vector<std::string>{"--occluder", occluder, "--occluder-channel", channelName}
+                      : std::vector<std::string>{"--occluder-depth", depth, "--light-depth", korvane::formatNumber(lightDepth)};
+    if (smoothing > 0)
+        arguments.insert(arguments.end(), {"--occlusion-smoothing", std::to_string(smoothing)});
     if (radius)
         arguments.insert(arguments.end(), {"--occlusion-radius", formatLength(*radius)});
     if (offscreen == korvane::OffscreenIs::visible)
@@ -29,6 +37,34 @@ void addOcclusionOptions(CLI::App& command, OcclusionOptions& options)
                     "a matte of what stands before the light (1 hides), the frame's size; with --project a "
                     "numbered sequence, as in matte.####.png")
         ->option_text("IMAGE")
+        ->group("Occlusion");
+    CLI::Option* depth =
+        command
+            .add_option("--occluder-depth", options.depth,
+                        "instead of a matte, the depth of the frame's pixels (its first channel): nearer than "
+                        "--light-depth hides")
+            ->option_text("IMAGE")
+            ->group("Occlusion");
+    command.get_option("--occluder")->excludes(depth);
+    CLI::Option* lightDepth =
+        command
+            .add_option_function<double>(
+                "--light-depth",
+                [&options](double z) {
+                    if (!std::isfinite(z))
+                        throw CLI::ValidationError("--light-depth", "give the light's depth as a number");
+                    options.lightDepth = z;
+                },
+                "the light's depth, in the depth image's units")
+            ->option_text("Z")
+            ->group("Occlusion");
+    depth->needs(lightDepth);
+    lightDepth->needs(depth);
+    command
+        .add_option("--occlusion-smoothing", options.smoothing,
+                    "in sequences, average the light's visibility over this many frames on each side (default 0)")
+        ->check(CLI::Range(0, 48))
+        ->option_text("FRAMES")
         ->group("Occlusion");
     command
         .add_option_function<std::string>(
@@ -73,6 +109,37 @@ void addOcclusionOptions(CLI::App& command, OcclusionOptions& options)
         ->group("Occlusion");
 }
 
+namespace {
+
+// Hidden where the depth is nearer than the light's; no depth (NaN) hides nothing.
+korvane::OcclusionMatte depthMatte(const korvane::RgbImage& image, double lightDepth)
+{
+    const OIIO::ImageSpec& spec = image.pixels.spec();
+    const std::size_t count = static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(spec.height);
+    std::vector<float> rgb(count * 3), coverage(count);
+    image.pixels.get_pixels(OIIO::ROI::All(), OIIO::TypeDesc::FLOAT, rgb.data());
+    for (std::size_t i = 0; i < count; ++i)
+        coverage[i] = rgb[i * 3] < lightDepth ? 1.0f : 0.0f;
+    return korvane::OcclusionMatte(spec.width, spec.height, std::move(coverage));
+}
+
+} // namespace
+
+double smoothedVisibility(const OcclusionOptions& options, std::int32_t frame, std::int32_t first,
+                          std::int32_t last, const std::function<double(std::int32_t)>& at)
+{
+    if (options.smoothing <= 0)
+        return at(frame);
+    double sum = 0.0, weights = 0.0;
+    for (int offset = -options.smoothing; offset <= options.smoothing; ++offset) {
+        const double weight = options.smoothing + 1 - std::abs(offset);
+        const std::int64_t neighbour = std::clamp<std::int64_t>(std::int64_t{frame} + offset, first, last);
+        sum += weight * at(static_cast<std::int32_t>(neighbour));
+        weights += weight;
+    }
+    return sum / weights;
+}
+
 double lightVisibility(const OcclusionOptions& options, const std::string& file, const korvane::Light& light,
                        FrameSize size)
 {
@@ -87,7 +154,8 @@ double lightVisibility(const OcclusionOptions& options, const std::string& file,
                                                             std::to_string(size.width) + "x" +
                                                             std::to_string(size.height) + "; an occluder is the "
                                                                                           "frame's size");
-    const korvane::OcclusionMatte matte(image, options.channel, file);
+    const korvane::OcclusionMatte matte = options.depth.empty() ? korvane::OcclusionMatte(image, options.channel, file)
+                                                                 : depthMatte(image, options.lightDepth);
     const korvane::Length radius = options.radius.value_or(light.radius);
     return matte.visibleFraction(light.x.pixels(size.width), light.y.pixels(size.height), radius.pixels(size.height),
                                  options.offscreen);

@@ -14,6 +14,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,10 +23,17 @@ namespace glintwave::cli {
 
 struct OcclusionOptions {
     std::string occluder;  // an image or a numbered pattern; empty: nothing occludes
+    std::string depth;     // or a depth image (pattern): nearer than lightDepth hides
+    double lightDepth = 0;
     korvane::MatteChannel channel = korvane::MatteChannel::alpha;
     std::string channelName = "alpha";
     std::optional<korvane::Length> radius;  // of the frame's height; default the light's radius
     korvane::OffscreenIs offscreen = korvane::OffscreenIs::leftOut;
+    int smoothing = 0;  // frames on each side whose visibility is averaged in (sequences)
+
+    bool any() const { return !occluder.empty() || !depth.empty(); }
+    // The occluder's file name or pattern, whichever kind it is.
+    const std::string& source() const { return depth.empty() ? occluder : depth; }
 
     // The options that give these, for a worker process's command line.
     std::vector<std::string> asArguments() const;
@@ -33,8 +41,15 @@ struct OcclusionOptions {
 
 void addOcclusionOptions(CLI::App& command, OcclusionOptions& options);
 
+// The visibility of a sequence's frame: its own, or with smoothing the
+// average over the frames around it (weights falling off with distance,
+// frames beyond `first`..`last` taken as the nearest one), so that a frame
+// alone gets what it gets in any run. `at(frame)` measures one frame.
+double smoothedVisibility(const OcclusionOptions& options, std::int32_t frame, std::int32_t first,
+                          std::int32_t last, const std::function<double(std::int32_t)>& at);
+
 // The visible fraction of `light` in the occluder image `file` (a frame of
-// `size`). Reads the image through the guarded open; throws korvane::Error
+// `size`), a matte or a depth image as the options say. Reads the image through the guarded open; throws korvane::Error
 // for an image that cannot be used or is not the frame's size.
 double lightVisibility(const OcclusionOptions& options, const std::string& file, const korvane::Light& light,
                        FrameSize size);

@@ -117,8 +117,10 @@ int runRender(RenderOptions& options, const CommonOptions& common)
     const std::string styleText = std::to_string(style.number) + " " + style.name;
     korvane::Light light = options.scene.light;
     CompositeOptions composite = options.composite;
-    if (!options.occlusion.occluder.empty()) {
-        const double visible = lightVisibility(options.occlusion, options.occlusion.occluder, light, size);
+    if (options.occlusion.any()) {
+        if (options.occlusion.smoothing > 0)
+            throw UsageError("--occlusion-smoothing averages over the frames of a sequence; give --project");
+        const double visible = lightVisibility(options.occlusion, options.occlusion.source(), light, size);
         if (composite.blend == Blend::linear && options.depth != 8)
             composite.visibility = visible;
         else

@@ -53,8 +53,11 @@ double visibilityAt(const Shot& shot, std::int32_t frame)
 {
     if (!shot.occluder)
         return 1.0;
-    return lightVisibility(shot.occlusion, shot.occluder->name(frame), shot.project.light.at(frame),
-                           FrameSize{shot.project.width, shot.project.height});
+    const korvane::Project& project = shot.project;
+    return smoothedVisibility(shot.occlusion, frame, project.firstFrame, project.lastFrame, [&](std::int32_t at) {
+        return lightVisibility(shot.occlusion, shot.occluder->name(at), project.light.at(at),
+                               FrameSize{project.width, project.height});
+    });
 }
 
 // The command line's compositing options, and the project's output
@@ -442,8 +445,8 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
         shot.output = korvane::FramePattern(options.output);
         if (!options.over.empty())
             shot.over = korvane::FramePattern(options.over);
-        if (!options.occlusion.occluder.empty())
-            shot.occluder = korvane::FramePattern(options.occlusion.occluder);
+        if (options.occlusion.any())
+            shot.occluder = korvane::FramePattern(options.occlusion.source());
         frames = options.frames.empty()
                      ? korvane::parseFrameRange(std::to_string(shot.project.firstFrame) + "-" +
                                                 std::to_string(shot.project.lastFrame))

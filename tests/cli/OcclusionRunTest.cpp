@@ -1,7 +1,7 @@
 // OcclusionRunTest.cpp - occluders through the built `glintwave`: a light
 // behind a full matte leaves the plate as it was, half a disc gives about
-// half the flare's light, a frame alone equals it in a run, and occluders
-// that cannot be used are refused by name.
+// half the flare's light (by matte or by depth), a frame alone equals it
+// in a smoothed run, and occluders that cannot be used are refused by name.
 #include "CommandRun.h"
 
 #include <OpenImageIO/imagebufalgo.h>
@@ -49,6 +49,18 @@ TEST(GlintwaveOcclusion, AHiddenLightLeavesThePlateAndHalfALightHalfTheFlare)
               0);
     const double ratio = energy(readBack(scratch / "half.exr")) / energy(readBack(scratch / "whole.exr"));
     EXPECT_NEAR(ratio, 0.5, 0.05);
+
+    // By depth: the left half stands at 1, the right at 10.
+    writeImage(scratch / "depth.exr", 96, 54, OIIO::TypeDesc::FLOAT,
+               [](int x, int, int) { return x < 48 ? 1.0f : 10.0f; });
+    for (const auto& [lightDepth, expected] : {std::pair{"5", 0.5}, std::pair{"0.5", 1.0}, std::pair{"20", 0.0}}) {
+        const CommandRun run = glintwave(scratch, "render -q --light 0.5,0.5 --size 96x54 --occluder-depth " +
+                                                      quoted(scratch / "depth.exr") + " --light-depth " +
+                                                      lightDepth + " -o " + quoted(scratch / "deep.exr"));
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_NEAR(energy(readBack(scratch / "deep.exr")) / energy(readBack(scratch / "whole.exr")), expected, 0.05)
+            << "light at depth " << lightDepth;
+    }
 }
 
 TEST(GlintwaveOcclusion, AFrameAloneEqualsItInARun)
@@ -64,7 +76,7 @@ TEST(GlintwaveOcclusion, AFrameAloneEqualsItInARun)
     std::filesystem::create_directory(scratch / "run");
     std::filesystem::create_directory(scratch / "alone");
     const std::string common = "-q render --project " + quoted(shot) + " --occluder " +
-                               quoted(scratch / "m.####.png") + " --occluder-channel luma ";
+                               quoted(scratch / "m.####.png") + " --occluder-channel luma --occlusion-smoothing 2 ";
     ASSERT_EQ(glintwave(scratch, common + "--threads 2 -o " + quoted(scratch / "run/f.####.exr")).status, 0);
     ASSERT_EQ(glintwave(scratch, common + "--frames 3 --threads 1 -o " + quoted(scratch / "alone/f.####.exr")).status,
               0);
@@ -83,6 +95,7 @@ TEST(GlintwaveOcclusion, OccludersThatCannotBeUsedAreRefused)
         {quoted(scratch / "small.png"), "small.png: is 8x8, the frame is 16x9"},
         {quoted(scratch / "rgb.png"), "rgb.png: has no alpha to hide the light with"},
         {quoted(scratch / "rgb.png") + " --occluder-channel depth", "'depth' is not a channel"},
+        {quoted(scratch / "rgb.png") + " --occluder-channel R --occlusion-smoothing 2", "give --project"},
     };
     for (const auto& [arguments, message] : cases) {
         const CommandRun run = glintwave(scratch, render + arguments);
