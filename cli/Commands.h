@@ -12,5 +12,6 @@ void addSheetCommand(CommandLine& line);   // every style in one contact sheet
 void addInfoCommand(CommandLine& line);    // what the plug-in says about itself
 void addProjectCommand(CommandLine& line); // project files: new, show, set
 void addEditCommand(CommandLine& line);    // a project's settings in the plug-in's dialog
+void addCheckFlashesCommand(CommandLine& line); // flashes of an image sequence
 
 } // namespace glintwave::cli

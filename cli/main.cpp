@@ -9,6 +9,7 @@ int main(int argc, char** argv)
     glintwave::cli::addStylesCommand(line);
     glintwave::cli::addSheetCommand(line);
     glintwave::cli::addInfoCommand(line);
+    glintwave::cli::addCheckFlashesCommand(line);
     glintwave::cli::addProjectCommand(line);
     glintwave::cli::addEditCommand(line);
     return line.run(argc, argv);

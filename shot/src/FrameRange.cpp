@@ -149,4 +149,24 @@ std::string FramePattern::name(std::int32_t frame) const
     return prefix_ + digits + suffix_;
 }
 
+std::optional<std::int32_t> FramePattern::frameOf(std::string_view fileName) const
+{
+    if (!numbered_ || fileName.size() <= prefix_.size() + suffix_.size() || !fileName.starts_with(prefix_) ||
+        !fileName.ends_with(suffix_))
+        return std::nullopt;
+    const std::string_view digits = fileName.substr(prefix_.size(), fileName.size() - prefix_.size() - suffix_.size());
+    const bool negative = digits.front() == '-';
+    const std::string_view bare = negative ? digits.substr(1) : digits;
+    if (bare.empty() || bare.size() > 10 || static_cast<int>(digits.size()) < padding_ ||
+        bare.find_first_not_of("0123456789") != std::string_view::npos)
+        return std::nullopt;
+    std::int64_t value = 0;
+    for (const char c : bare)
+        value = value * 10 + (c - '0');
+    value = negative ? -value : value;
+    if (value < INT32_MIN || value > INT32_MAX || name(static_cast<std::int32_t>(value)) != fileName)
+        return std::nullopt;
+    return static_cast<std::int32_t>(value);
+}
+
 } // namespace korvane

@@ -23,6 +23,7 @@
 #include "korvane/Error.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,6 +48,9 @@ public:
     int padding() const { return padding_; }
     // The name of a frame's file.
     std::string name(std::int32_t frame) const;
+    // The frame a file name is of, when it is one of this pattern's (a
+    // sign and at least the padding's digits between prefix and suffix).
+    std::optional<std::int32_t> frameOf(std::string_view fileName) const;
 
 private:
     std::string prefix_;
