@@ -5,6 +5,7 @@
 #include "Output.h"
 
 #include "korvane/Error.h"
+#include "korvane/Flashes.h"
 #include "korvane/ImageIO.h"
 #include "korvane/NumberText.h"
 
@@ -23,6 +24,8 @@ std::vector<std::string> OcclusionOptions::asArguments() const
                       : std::vector<std::string>{"--occluder-depth", depth, "--light-depth", korvane::formatNumber(lightDepth)};
     if (smoothing > 0)
         arguments.insert(arguments.end(), {"--occlusion-smoothing", std::to_string(smoothing)});
+    if (!flashLimit)
+        arguments.insert(arguments.end(), {"--flash-limit", "off"});
     if (radius)
         arguments.insert(arguments.end(), {"--occlusion-radius", formatLength(*radius)});
     if (offscreen == korvane::OffscreenIs::visible)
@@ -65,6 +68,17 @@ void addOcclusionOptions(CLI::App& command, OcclusionOptions& options)
                     "in sequences, average the light's visibility over this many frames on each side (default 0)")
         ->check(CLI::Range(0, 48))
         ->option_text("FRAMES")
+        ->group("Occlusion");
+    command
+        .add_option_function<std::string>(
+            "--flash-limit",
+            [&options](const std::string& text) {
+                if (text != "on" && text != "off")
+                    throw CLI::ValidationError("--flash-limit", "'" + text + "' is not on or off");
+                options.flashLimit = text == "on";
+            },
+            "in sequences, keep an occluded flare from flashing more than three times a second (default on)")
+        ->option_text("on|off")
         ->group("Occlusion");
     command
         .add_option_function<std::string>(
@@ -137,6 +151,28 @@ double smoothedVisibility(const OcclusionOptions& options, std::int32_t frame, s
         sum += weight * at(static_cast<std::int32_t>(neighbour));
         weights += weight;
     }
+    return sum / weights;
+}
+
+double limitedVisibility(const OcclusionOptions& options, std::int32_t frame, std::int32_t first,
+                         std::int32_t last, double framesPerSecond, const std::function<double(std::int32_t)>& at)
+{
+    const auto smoothed = [&](std::int32_t g) { return smoothedVisibility(options, g, first, last, at); };
+    if (!options.flashLimit)
+        return smoothed(frame);
+    const int reach = static_cast<int>(std::ceil(std::clamp(framesPerSecond, 1.0, 240.0)));
+    std::vector<double> window;
+    double sum = 0.0, weights = 0.0;
+    for (int offset = -reach; offset <= reach; ++offset) {
+        const std::int64_t g = std::clamp<std::int64_t>(std::int64_t{frame} + offset, first, last);
+        const double value = smoothed(static_cast<std::int32_t>(g));
+        window.push_back(value);
+        const double weight = reach + 1 - std::abs(offset);
+        sum += weight * value;
+        weights += weight;
+    }
+    if (korvane::tooManyFlashes(window, framesPerSecond).empty())
+        return window[static_cast<std::size_t>(reach)];
     return sum / weights;
 }
 

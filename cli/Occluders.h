@@ -30,6 +30,7 @@ struct OcclusionOptions {
     std::optional<korvane::Length> radius;  // of the frame's height; default the light's radius
     korvane::OffscreenIs offscreen = korvane::OffscreenIs::leftOut;
     int smoothing = 0;  // frames on each side whose visibility is averaged in (sequences)
+    bool flashLimit = true;  // sequences: no more than three flashes a second
 
     bool any() const { return !occluder.empty() || !depth.empty(); }
     // The occluder's file name or pattern, whichever kind it is.
@@ -47,6 +48,13 @@ void addOcclusionOptions(CLI::App& command, OcclusionOptions& options);
 // alone gets what it gets in any run. `at(frame)` measures one frame.
 double smoothedVisibility(const OcclusionOptions& options, std::int32_t frame, std::int32_t first,
                           std::int32_t last, const std::function<double(std::int32_t)>& at);
+
+// The visibility a frame is rendered with: the smoothed one, unless the
+// frames within a second either side of it would flash more than three
+// times in a second; then their weighted average, which cannot. Decided from
+// that window alone, so a frame alone gets what it gets in any run.
+double limitedVisibility(const OcclusionOptions& options, std::int32_t frame, std::int32_t first,
+                         std::int32_t last, double framesPerSecond, const std::function<double(std::int32_t)>& at);
 
 // The visible fraction of `light` in the occluder image `file` (a frame of
 // `size`), a matte or a depth image as the options say. Reads the image through the guarded open; throws korvane::Error

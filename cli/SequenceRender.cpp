@@ -46,6 +46,9 @@ struct Shot {
     bool exposureKeyed = false;  // the project's keys give each frame its exposure
     OcclusionOptions occlusion;
     std::optional<korvane::FramePattern> occluder;
+    // Each frame's own visibility, once measured: smoothing and the flash
+    // limit read the frames around every frame.
+    mutable std::map<std::int32_t, double> measured;
 };
 
 // The part of the frame's light its occluder leaves visible; 1 without one.
@@ -54,10 +57,17 @@ double visibilityAt(const Shot& shot, std::int32_t frame)
     if (!shot.occluder)
         return 1.0;
     const korvane::Project& project = shot.project;
-    return smoothedVisibility(shot.occlusion, frame, project.firstFrame, project.lastFrame, [&](std::int32_t at) {
-        return lightVisibility(shot.occlusion, shot.occluder->name(at), project.light.at(at),
-                               FrameSize{project.width, project.height});
-    });
+    const auto measure = [&](std::int32_t at) {
+        const auto known = shot.measured.find(at);
+        if (known != shot.measured.end())
+            return known->second;
+        const double visible = lightVisibility(shot.occlusion, shot.occluder->name(at), project.light.at(at),
+                                               FrameSize{project.width, project.height});
+        shot.measured.emplace(at, visible);
+        return visible;
+    };
+    return limitedVisibility(shot.occlusion, frame, project.firstFrame, project.lastFrame, project.frameRate,
+                             measure);
 }
 
 // The command line's compositing options, and the project's output

@@ -83,6 +83,32 @@ TEST(GlintwaveOcclusion, AFrameAloneEqualsItInARun)
     EXPECT_EQ(slurp(scratch / "alone/f.0003.exr"), slurp(scratch / "run/f.0003.exr"));
 }
 
+// A fence passing the light: the light hides and shows six times a second.
+TEST(GlintwaveOcclusion, AFencePassingTheLightFlashesNoMoreThanThreeTimesASecond)
+{
+    TempFolder scratch;
+    const auto shot = scratch / "shot.json";
+    ASSERT_EQ(glintwave(scratch, "-q project new " + quoted(shot) +
+                                     " --size 64x36 --frames 1-48 --light 0.5,0.5 --light-radius 0.3")
+                  .status,
+              0);
+    for (int frame = 1; frame <= 48; ++frame) {
+        char name[32];
+        std::snprintf(name, sizeof name, "m.%04d.png", frame);
+        writeImage(scratch / name, 64, 36, OIIO::TypeDesc::UINT8,
+                   [frame](int, int, int) { return (frame / 2) % 2 ? 1.0f : 0.0f; });
+    }
+    const std::string render = "-q render --project " + quoted(shot) + " --occluder " + quoted(scratch / "m.####.png") +
+                               " --occluder-channel R --exposure 3 ";
+    ASSERT_EQ(glintwave(scratch, render + "-o " + quoted(scratch / "on.####.png")).status, 0);
+    ASSERT_EQ(glintwave(scratch, render + "--flash-limit off -o " + quoted(scratch / "off.####.png")).status, 0);
+    const CommandRun limited = glintwave(scratch, "check-flashes " + quoted(scratch / "on.####.png"));
+    EXPECT_EQ(limited.status, 0) << limited.out;
+    const CommandRun strobing = glintwave(scratch, "check-flashes " + quoted(scratch / "off.####.png"));
+    EXPECT_EQ(strobing.status, 1) << strobing.out;
+    EXPECT_NE(strobing.out.find("frame 1: the whole frame flashes"), std::string::npos) << strobing.out;
+}
+
 TEST(GlintwaveOcclusion, OccludersThatCannotBeUsedAreRefused)
 {
     TempFolder scratch;
