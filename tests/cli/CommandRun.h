@@ -67,6 +67,12 @@ inline std::vector<std::string> filesIn(const TempFolder& folder)
     return names;
 }
 
+// A path as one shell word.
+inline std::string quoted(const std::filesystem::path& path)
+{
+    return "'" + path.string() + "'";
+}
+
 inline OIIO::ImageBuf readBack(const std::filesystem::path& file)
 {
     OIIO::ImageBuf image(file.string());

@@ -12,11 +12,6 @@ namespace {
 using namespace command_test;
 using command_test::glintwave;
 
-std::string quoted(const std::filesystem::path& path)
-{
-    return "'" + path.string() + "'";
-}
-
 double energy(const OIIO::ImageBuf& image)
 {
     const auto stats = OIIO::ImageBufAlgo::computePixelStats(image);

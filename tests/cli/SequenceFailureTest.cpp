@@ -22,11 +22,6 @@ namespace {
 using namespace command_test;
 using command_test::glintwave;
 
-std::string quoted(const std::filesystem::path& path)
-{
-    return "'" + path.string() + "'";
-}
-
 std::filesystem::path makeShot(const TempFolder& scratch, const std::string& size, int frames)
 {
     const std::filesystem::path shot = scratch / "shot.json";

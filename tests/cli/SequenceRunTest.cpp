@@ -12,11 +12,6 @@ namespace {
 using namespace command_test;
 using command_test::glintwave;  // the function, not the namespace of the command's code
 
-std::string quoted(const std::filesystem::path& path)
-{
-    return "'" + path.string() + "'";
-}
-
 // A 160x90 shot of frames 1-6: the light moves right, the rings fade out,
 // no streaks.
 std::filesystem::path keyedShot(const TempFolder& scratch)
