@@ -190,11 +190,12 @@ double lightVisibility(const OcclusionOptions& options, const std::string& file,
                                                             std::to_string(size.width) + "x" +
                                                             std::to_string(size.height) + "; an occluder is the "
                                                                                           "frame's size");
-    const korvane::OcclusionMatte matte = options.depth.empty() ? korvane::OcclusionMatte(image, options.channel, file)
-                                                                 : depthMatte(image, options.lightDepth);
     const korvane::Length radius = options.radius.value_or(light.radius);
-    return matte.visibleFraction(light.x.pixels(size.width), light.y.pixels(size.height), radius.pixels(size.height),
-                                 options.offscreen);
+    const double x = light.x.pixels(size.width), y = light.y.pixels(size.height), r = radius.pixels(size.height);
+    const korvane::OcclusionMatte matte = options.depth.empty()
+                                              ? korvane::OcclusionMatte(image, options.channel, file, x, y, r)
+                                              : depthMatte(image, options.lightDepth);
+    return matte.visibleFraction(x, y, r, options.offscreen);
 }
 
 } // namespace glintwave::cli

@@ -66,20 +66,43 @@ std::optional<MatteChannel> matteChannelNamed(const std::string& name)
 }
 
 OcclusionMatte::OcclusionMatte(const RgbImage& image, MatteChannel channel, const std::string& name)
+    : width_(image.pixels.spec().width), height_(image.pixels.spec().height)
 {
-    const OIIO::ImageSpec& spec = image.pixels.spec();
-    width_ = spec.width;
-    height_ = spec.height;
-    const std::size_t count = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
+    read(image, channel, name, OIIO::ROI(0, width_, 0, height_));
+}
+
+OcclusionMatte::OcclusionMatte(const RgbImage& image, MatteChannel channel, const std::string& name, double x,
+                               double y, double radius)
+    : width_(image.pixels.spec().width), height_(image.pixels.spec().height)
+{
+    // The disc's box, a pixel wider for the bilinear reads, within the frame.
+    const double r = std::isfinite(radius) ? std::max(radius, 0.5) : 0.5;
+    const auto edge = [](double v, std::int32_t limit) {
+        return static_cast<int>(std::clamp(std::floor(std::isfinite(v) ? v : 0.0), 0.0, double(limit)));
+    };
+    int x0 = edge(x - r - 2, width_), x1 = edge(x + r + 2, width_);
+    int y0 = edge(y - r - 2, height_), y1 = edge(y + r + 2, height_);
+    if (x1 <= x0 || y1 <= y0) {  // nothing of the disc in the frame: one pixel, never read
+        x0 = y0 = 0;
+        x1 = y1 = 1;
+    }
+    read(image, channel, name, OIIO::ROI(x0, x1, y0, y1));
+}
+
+void OcclusionMatte::read(const RgbImage& image, MatteChannel channel, const std::string& name,
+                          const OIIO::ROI& region)
+{
+    region_ = region;
+    const std::size_t count = static_cast<std::size_t>(region.width()) * static_cast<std::size_t>(region.height());
     coverage_.resize(count);
     if (channel == MatteChannel::alpha) {
         if (!image.alpha.initialized())
             throw Error(ErrorPlace{name}, "has no alpha to hide the light with; give --occluder-channel luma, R, G "
                                           "or B");
-        image.alpha.get_pixels(OIIO::ROI::All(), OIIO::TypeDesc::FLOAT, coverage_.data());
+        image.alpha.get_pixels(region, OIIO::TypeDesc::FLOAT, coverage_.data());
     } else {
         std::vector<float> rgb(count * 3);
-        image.pixels.get_pixels(OIIO::ROI::All(), OIIO::TypeDesc::FLOAT, rgb.data());
+        image.pixels.get_pixels(region, OIIO::TypeDesc::FLOAT, rgb.data());
         for (std::size_t i = 0; i < count; ++i) {
             const float* p = &rgb[i * 3];
             switch (channel) {
@@ -97,7 +120,7 @@ OcclusionMatte::OcclusionMatte(const RgbImage& image, MatteChannel channel, cons
 }
 
 OcclusionMatte::OcclusionMatte(std::int32_t width, std::int32_t height, std::vector<float> coverage)
-    : width_(width), height_(height), coverage_(std::move(coverage))
+    : width_(width), height_(height), region_(0, width, 0, height), coverage_(std::move(coverage))
 {
     if (width < 1 || height < 1 ||
         coverage_.size() != static_cast<std::size_t>(width) * static_cast<std::size_t>(height))
@@ -112,10 +135,16 @@ double OcclusionMatte::coverageAt(double x, double y) const
     const double fx = x - 0.5, fy = y - 0.5;
     const double x0 = std::floor(fx), y0 = std::floor(fy);
     const double tx = fx - x0, ty = fy - y0;
+    // Neighbours beyond the frame's edge repeat the edge; the region held
+    // reaches every pixel a disc's points read.
     const auto at = [&](double px, double py) -> double {
-        const auto ix = static_cast<std::int64_t>(std::clamp(px, 0.0, static_cast<double>(width_ - 1)));
-        const auto iy = static_cast<std::int64_t>(std::clamp(py, 0.0, static_cast<double>(height_ - 1)));
-        return coverage_[static_cast<std::size_t>(iy * width_ + ix)];
+        const auto ix = static_cast<std::int64_t>(
+            std::clamp(px, 0.0, static_cast<double>(width_ - 1)) - region_.xbegin);
+        const auto iy = static_cast<std::int64_t>(
+            std::clamp(py, 0.0, static_cast<double>(height_ - 1)) - region_.ybegin);
+        const std::int64_t w = region_.width();
+        return coverage_[static_cast<std::size_t>(std::clamp<std::int64_t>(iy, 0, region_.height() - 1) * w +
+                                                  std::clamp<std::int64_t>(ix, 0, w - 1))];
     };
     const double top = at(x0, y0) * (1 - tx) + at(x0 + 1, y0) * tx;
     const double bottom = at(x0, y0 + 1) * (1 - tx) + at(x0 + 1, y0 + 1) * tx;

@@ -29,9 +29,13 @@ enum class OffscreenIs { leftOut, visible };
 
 class OcclusionMatte {
 public:
-    // The channel of an image as a matte, clamped to 0..1. Throws Error
-    // naming the file when it asks for alpha the image lacks.
+    // The channel of an image as a matte, clamped to 0..1: all of it, or
+    // only what a disc at (x, y) of `radius` pixels reads (the rest of a
+    // large frame is never looked at). Throws Error naming the file when it
+    // asks for alpha the image lacks.
     OcclusionMatte(const RgbImage& image, MatteChannel channel, const std::string& name);
+    OcclusionMatte(const RgbImage& image, MatteChannel channel, const std::string& name, double x, double y,
+                   double radius);
     // A matte of the given coverage values, width x height, row by row.
     OcclusionMatte(std::int32_t width, std::int32_t height, std::vector<float> coverage);
 
@@ -47,8 +51,11 @@ private:
     // between the four nearest pixels; nothing outside.
     double coverageAt(double x, double y) const;
 
-    std::int32_t width_ = 0;
+    void read(const RgbImage& image, MatteChannel channel, const std::string& name, const OIIO::ROI& region);
+
+    std::int32_t width_ = 0;   // the frame's
     std::int32_t height_ = 0;
+    OIIO::ROI region_;         // the pixels held, row by row in coverage_
     std::vector<float> coverage_;
 };
 
