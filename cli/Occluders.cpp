@@ -33,6 +33,28 @@ std::vector<std::string> OcclusionOptions::asArguments() const
     return arguments;
 }
 
+OcclusionOptions occlusionFromProject(const korvane::OcclusionSettings& settings,
+                                      const std::filesystem::path& projectFile)
+{
+    OcclusionOptions options;
+    const auto beside = [&](const std::string& name) {
+        return name.empty() ? name : (projectFile.parent_path() / name).string();
+    };
+    options.occluder = beside(settings.occluder);
+    options.depth = beside(settings.depth);
+    options.lightDepth = settings.lightDepth;
+    if (!settings.channel.empty()) {
+        options.channel = korvane::matteChannelNamed(settings.channel).value_or(korvane::MatteChannel::alpha);
+        options.channelName = settings.channel;
+    }
+    if (settings.radius > 0)
+        options.radius = korvane::Length{settings.radius};
+    options.offscreen = settings.offscreenVisible ? korvane::OffscreenIs::visible : korvane::OffscreenIs::leftOut;
+    options.smoothing = settings.smoothing;
+    options.flashLimit = settings.flashLimit;
+    return options;
+}
+
 void addOcclusionOptions(CLI::App& command, OcclusionOptions& options)
 {
     command

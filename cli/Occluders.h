@@ -11,9 +11,11 @@
 
 #include "korvane/Light.h"
 #include "korvane/Occlusion.h"
+#include "korvane/Project.h"
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -41,6 +43,11 @@ struct OcclusionOptions {
 };
 
 void addOcclusionOptions(CLI::App& command, OcclusionOptions& options);
+
+// A project's occlusion settings as options; relative file names are found
+// beside the project.
+OcclusionOptions occlusionFromProject(const korvane::OcclusionSettings& settings,
+                                      const std::filesystem::path& projectFile);
 
 // The visibility of a sequence's frame: its own, or with smoothing the
 // average over the frames around it (weights falling off with distance,

@@ -374,7 +374,7 @@ int runWorker(const Shot& shot, const CommonOptions& common, int fd)
 
 // The command line of a worker of this run; the pool adds its socket.
 std::vector<std::string> workerCommand(const SequenceOptions& options, const CompositeOptions& composite,
-                                       const CommonOptions& common)
+                                       const OcclusionOptions& occluding, const CommonOptions& common)
 {
     std::error_code error;
     const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -404,7 +404,7 @@ std::vector<std::string> workerCommand(const SequenceOptions& options, const Com
         std::snprintf(stops, sizeof stops, "%.17g", composite.exposure);
         command.insert(command.end(), {"--exposure", stops});
     }
-    const std::vector<std::string> occlusion = options.occlusion.asArguments();
+    const std::vector<std::string> occlusion = occluding.asArguments();
     command.insert(command.end(), occlusion.begin(), occlusion.end());
     if (!options.frames.empty())
         command.insert(command.end(), {"--frames", options.frames});
@@ -449,14 +449,15 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
     if (shot.composite.flareOnly && !options.over.empty())
         throw UsageError("--over does not go with the flare alone (--flare-only, or the project's "
                          "output.flareOnly)");
-    shot.occlusion = options.occlusion;
+    shot.occlusion = options.occlusion.any() ? options.occlusion
+                                             : occlusionFromProject(shot.project.occlusion, options.project);
     korvane::FrameList frames;
     try {
         shot.output = korvane::FramePattern(options.output);
+        if (shot.occlusion.any())
+            shot.occluder = korvane::FramePattern(shot.occlusion.source());
         if (!options.over.empty())
             shot.over = korvane::FramePattern(options.over);
-        if (options.occlusion.any())
-            shot.occluder = korvane::FramePattern(options.occlusion.source());
         frames = options.frames.empty()
                      ? korvane::parseFrameRange(std::to_string(shot.project.firstFrame) + "-" +
                                                 std::to_string(shot.project.lastFrame))
@@ -495,7 +496,7 @@ int renderSequence(const SequenceOptions& options, const CommonOptions& common)
             common, tally);
     } else if (processes > 1) {
         WorkerPoolSetup pool;
-        pool.command = workerCommand(options, shot.composite, common);
+        pool.command = workerCommand(options, shot.composite, shot.occlusion, common);
         pool.processes = processes;
         pool.removeLeftovers = [&shot](std::int32_t frame, pid_t worker) {
             std::error_code ignored;

@@ -205,6 +205,38 @@ OutputSettings readOutput(const Json& value, const Reader& in)
     return settings;
 }
 
+OcclusionSettings readOcclusion(const Json& value, const Reader& in)
+{
+    const Json& occlusion = in.object(value, "scene.occlusion");
+    in.onlyKnown(occlusion, "scene.occlusion",
+                 {"occluder", "channel", "depth", "lightDepth", "radius", "offscreenVisible", "smoothing",
+                  "flashLimit"});
+    OcclusionSettings settings;
+    const auto field = [](const char* name) { return std::string("scene.occlusion.") + name; };
+    if (occlusion.contains("occluder"))
+        settings.occluder = text(occlusion["occluder"], field("occluder"), in);
+    if (occlusion.contains("channel"))
+        settings.channel = text(occlusion["channel"], field("channel"), in, {"alpha", "luma", "R", "G", "B"});
+    if (occlusion.contains("depth"))
+        settings.depth = text(occlusion["depth"], field("depth"), in);
+    if (occlusion.contains("lightDepth"))
+        settings.lightDepth = in.real(occlusion["lightDepth"], field("lightDepth"));
+    if (occlusion.contains("radius")) {
+        settings.radius = in.real(occlusion["radius"], field("radius"));
+        if (settings.radius < 0)
+            in.fail(field("radius"), "must be 0 (the light's) or above");
+    }
+    if (occlusion.contains("offscreenVisible"))
+        settings.offscreenVisible = flag(occlusion["offscreenVisible"], field("offscreenVisible"), in);
+    if (occlusion.contains("smoothing"))
+        settings.smoothing = static_cast<std::int32_t>(in.integer(occlusion["smoothing"], field("smoothing"), 0, 48));
+    if (occlusion.contains("flashLimit"))
+        settings.flashLimit = flag(occlusion["flashLimit"], field("flashLimit"), in);
+    if (!settings.occluder.empty() && !settings.depth.empty())
+        in.fail(field("depth"), "gives a depth image beside an occluder; keep one");
+    return settings;
+}
+
 Project readProject(const Json& root, const Reader& in)
 {
     Project project;
@@ -218,7 +250,8 @@ Project readProject(const Json& root, const Reader& in)
     project.controlData = std::move(*bytes);
 
     const Json& scene = in.object(in.member(root, "", "scene"), "scene");
-    in.onlyKnown(scene, "scene", {"width", "height", "firstFrame", "lastFrame", "frameRate", "light", "output"});
+    in.onlyKnown(scene, "scene",
+                 {"width", "height", "firstFrame", "lastFrame", "frameRate", "light", "output", "occlusion"});
     project.width = static_cast<std::int32_t>(in.integer(in.member(scene, "scene", "width"), "scene.width", 1, 65535));
     project.height =
         static_cast<std::int32_t>(in.integer(in.member(scene, "scene", "height"), "scene.height", 1, 65535));
@@ -246,6 +279,8 @@ Project readProject(const Json& root, const Reader& in)
 
     if (scene.contains("output"))
         project.output = readOutput(scene["output"], in);
+    if (scene.contains("occlusion"))
+        project.occlusion = readOcclusion(scene["occlusion"], in);
 
     const Json& channels = in.object(in.member(root, "", "channels"), "channels");
     for (const auto& [path, channel] : channels.items()) {
@@ -405,6 +440,26 @@ std::string formatProject(const Project& project)
             output[name] = *value;
     if (!output.empty())
         scene["output"] = output;
+    const OcclusionSettings& hides = project.occlusion;
+    OrderedJson occlusion = OrderedJson::object();
+    if (!hides.occluder.empty())
+        occlusion["occluder"] = hides.occluder;
+    if (!hides.channel.empty())
+        occlusion["channel"] = hides.channel;
+    if (!hides.depth.empty())
+        occlusion["depth"] = hides.depth;
+    if (hides.lightDepth != 0)
+        occlusion["lightDepth"] = hides.lightDepth;
+    if (hides.radius != 0)
+        occlusion["radius"] = hides.radius;
+    if (hides.offscreenVisible)
+        occlusion["offscreenVisible"] = true;
+    if (hides.smoothing != 0)
+        occlusion["smoothing"] = hides.smoothing;
+    if (!hides.flashLimit)
+        occlusion["flashLimit"] = false;
+    if (!occlusion.empty())
+        scene["occlusion"] = occlusion;
     OrderedJson channels = OrderedJson::object();
     for (const auto& [path, channel] : project.channels) {
         channels[path]["type"] = channelTypeName(channel.type);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <sstream>
 #include <stdexcept>
 
@@ -154,6 +155,51 @@ void applyOutput(Project& project, std::string_view field, const Assignment& edi
                     "workingColorspace and outputColorspace, not \"" + std::string(field) + "\"");
 }
 
+void applyOcclusion(Project& project, std::string_view field, const Assignment& edit)
+{
+    if (edit.frame)
+        throw Error("occlusion values are not keyed: drop the @" + std::to_string(*edit.frame));
+    OcclusionSettings& occlusion = project.occlusion;
+    const std::string value(trim(edit.value));
+    const std::string text = value == "-" ? std::string() : value;
+    const auto number = [&](double low) {
+        const auto parsed = parseNumber<double>(value);
+        if (!parsed || !(*parsed >= low))
+            throw Error("occlusion." + std::string(field) + " is a number from " + formatNumber(low));
+        return *parsed;
+    };
+    if (field == "occluder") {
+        occlusion.occluder = text;
+        if (!text.empty())
+            occlusion.depth.clear();
+    } else if (field == "depth") {
+        occlusion.depth = text;
+        if (!text.empty())
+            occlusion.occluder.clear();
+    } else if (field == "channel") {
+        const std::initializer_list<const char*> channels = {"alpha", "luma", "R", "G", "B"};
+        if (!text.empty() && std::none_of(channels.begin(), channels.end(), [&](const char* c) { return text == c; }))
+            throw Error("occlusion.channel is alpha, luma, R, G or B (or - for the default)");
+        occlusion.channel = text;
+    } else if (field == "lightDepth") {
+        occlusion.lightDepth = number(-std::numeric_limits<double>::max());
+    } else if (field == "radius") {
+        occlusion.radius = number(0);
+    } else if (field == "smoothing") {
+        const double frames = number(0);
+        if (frames > 48 || frames != std::floor(frames))
+            throw Error("occlusion.smoothing is a whole number of frames from 0 to 48");
+        occlusion.smoothing = static_cast<std::int32_t>(frames);
+    } else if (field == "offscreenVisible") {
+        occlusion.offscreenVisible = std::get<bool>(parseValue(kChannelBoolean, value));
+    } else if (field == "flashLimit") {
+        occlusion.flashLimit = std::get<bool>(parseValue(kChannelBoolean, value));
+    } else {
+        throw Error("the occlusion has occluder, channel, depth, lightDepth, radius, offscreenVisible, smoothing and "
+                    "flashLimit, not \"" + std::string(field) + "\"");
+    }
+}
+
 } // namespace
 
 // Colours are shown in the 0-255 units they are typed in; channel colours
@@ -224,6 +270,8 @@ void applyAssignment(Project& project, const Assignment& edit, const ChannelStor
             applyScene(project, name.substr(6), edit);
         } else if (name.starts_with("output.")) {
             applyOutput(project, name.substr(7), edit);
+        } else if (name.starts_with("occlusion.")) {
+            applyOcclusion(project, name.substr(10), edit);
         } else if (name.starts_with("light.")) {
             const std::string_view part = name.substr(6);
             Keys* keys = project.light.part(part);
@@ -285,6 +333,14 @@ std::string describeProject(const Project& project)
         out << "Colour spaces: configuration " << orDefault(output.ocio) << ", input "
             << orDefault(output.inputColorspace) << ", working " << orDefault(output.workingColorspace) << ", output "
             << orDefault(output.outputColorspace) << "\n";
+    const OcclusionSettings& occlusion = project.occlusion;
+    if (!occlusion.occluder.empty() || !occlusion.depth.empty())
+        out << "Occlusion: " << (occlusion.depth.empty() ? "matte " + occlusion.occluder + " (" +
+                                                                orDefault(occlusion.channel) + ")"
+                                                          : "depth " + occlusion.depth + " behind " +
+                                                                formatNumber(occlusion.lightDepth))
+            << ", smoothing " << occlusion.smoothing << ", flash limit " << (occlusion.flashLimit ? "on" : "off")
+            << "\n";
     out << "Channels:" << (project.channels.empty() ? " none keyed, the settings hold\n" : "\n");
     for (const auto& [path, channel] : project.channels)
         out << "  " << path << " (" << channelTypeName(channel.type) << "):" << formatKeys(channel.keys, 257) << "\n";

@@ -76,6 +76,19 @@ TEST(GlintwaveOcclusion, AFrameAloneEqualsItInARun)
     ASSERT_EQ(glintwave(scratch, common + "--frames 3 --threads 1 -o " + quoted(scratch / "alone/f.####.exr")).status,
               0);
     EXPECT_EQ(slurp(scratch / "alone/f.0003.exr"), slurp(scratch / "run/f.0003.exr"));
+
+    // The same occlusion kept in the project.
+    ASSERT_EQ(glintwave(scratch, "-q project set " + quoted(shot) +
+                                     " --set occlusion.occluder=m.####.png --set occlusion.channel=luma"
+                                     " --set occlusion.smoothing=2")
+                  .status,
+              0);
+    std::filesystem::create_directory(scratch / "kept");
+    ASSERT_EQ(glintwave(scratch, "-q render --project " + quoted(shot) + " --frames 3 -o " +
+                                     quoted(scratch / "kept/f.####.exr"))
+                  .status,
+              0);
+    EXPECT_EQ(slurp(scratch / "kept/f.0003.exr"), slurp(scratch / "run/f.0003.exr"));
 }
 
 // A fence passing the light: the light hides and shows six times a second.

@@ -35,6 +35,11 @@ Project keyedProject()
     project.output.flareAlpha = "zero";
     project.output.ocio = "looks/studio.ocio";
     project.output.inputColorspace = "ACEScg";
+    project.occlusion.occluder = "roto/m.####.png";
+    project.occlusion.channel = "luma";
+    project.occlusion.radius = 0.05;
+    project.occlusion.smoothing = 2;
+    project.occlusion.flashLimit = false;
     return project;
 }
 
@@ -138,6 +143,10 @@ TEST(Project, DamagedAndForeignFilesAreRefusedWithLineFieldAndReason)
          "p:11: scene.output.passes: must be true or false"},
         {"output field", fileWith("\"light\": {", "\"output\": {\"gain\": 2}, \"light\": {"),
          "p:11: scene.output.gain: unknown field"},
+        {"occlusion channel", fileWith("\"light\": {", "\"occlusion\": {\"channel\": \"Z\"}, \"light\": {"),
+         "p:11: scene.occlusion.channel: must be one of"},
+        {"occlusion smoothing", fileWith("\"light\": {", "\"occlusion\": {\"smoothing\": 99}, \"light\": {"),
+         "p:11: scene.occlusion.smoothing: must be a whole number from 0 to 48"},
         {"channel twice", fileWith("\"Halo/Color\": {", "\"Halo/Colour\": {\"type\": \"REAL\", \"keys\": []}, \"Halo/Color\": {"),
          "p:14: channels[\"Halo/Colour\"]: names the channel of another entry"},
     };
@@ -233,10 +242,19 @@ TEST(ProjectEdit, AssignmentsKeyChannelsLightAndScene)
     EXPECT_TRUE(project.output.passes);
     EXPECT_EQ(project.output.blend, "");
     EXPECT_EQ(project.output.outputColorspace, "ACEScg");
+    for (const char* edit : {"occlusion.depth=z.####.exr", "occlusion.lightDepth=12.5", "occlusion.smoothing=3",
+                             "occlusion.flashLimit=off"})
+        korvane::applyAssignment(project, korvane::parseAssignment(edit), channels);
+    EXPECT_EQ(project.occlusion.depth, "z.####.exr");
+    EXPECT_EQ(project.occlusion.lightDepth, 12.5);
+    EXPECT_EQ(project.occlusion.smoothing, 3);
+    EXPECT_FALSE(project.occlusion.flashLimit);
 
     for (const char* bad : {"Ring Scale", "=1", "Ring Scale@x=1", "Ring Scale=big", "Nothing=1", "Visible@1=maybe",
                             "Color=256,0,0", "light.z=1", "scene.size@2=1x1", "scene.frames=9-1", "Glintwave=1",
-                            "output.blend=screen", "output.passes@3=on", "output.gain=2", "output.flareOnly=maybe"})
+                            "output.blend=screen", "output.passes@3=on", "output.gain=2", "output.flareOnly=maybe",
+                            "occlusion.smoothing=2.5", "occlusion.channel=Z", "occlusion.radius=-1",
+                            "occlusion.occluder@2=m.png"})
         EXPECT_THROW(korvane::applyAssignment(project, korvane::parseAssignment(bad), channels), korvane::Error)
             << bad;
     EXPECT_NE(korvane::describeProject(project).find("Glintwave/Ring Scale (REAL):  1: 1.5"), std::string::npos)

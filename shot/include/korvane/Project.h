@@ -23,6 +23,11 @@
 //         "flareOnly": false, "flareAlpha": "luminance", "passes": true,
 //         "ocio": "studio.ocio", "inputColorspace": "ACEScg",
 //         "workingColorspace": "", "outputColorspace": ""
+//       },
+//       "occlusion": {                     what hides the light; each field optional
+//         "occluder": "roto/m.####.png", "channel": "alpha",
+//         "depth": "", "lightDepth": 0, "radius": 0.05, "offscreenVisible": false,
+//         "smoothing": 2, "flashLimit": true
 //       }
 //     },
 //     "channels": {
@@ -40,7 +45,8 @@
 // held beyond the first and last key. Channel colours are the plug-in's
 // 16-bit levels (0-65535). A light value without keys takes its default.
 //
-// Versions: "version" is the format's version (2 added scene.output). A file of an older version
+// Versions: "version" is the format's version (2 added scene.output and
+// scene.occlusion). A file of an older version
 // is upgraded in memory when it is read, one step per version
 // (upgradeProject), so a project written by any version opens in every
 // later one; a file of a newer version than this program reads is refused.
@@ -107,6 +113,21 @@ struct OutputSettings {
     bool operator==(const OutputSettings&) const = default;
 };
 
+// What stands before the light: the render command's occlusion options of
+// the same names, for `render --project` where the command gives none.
+struct OcclusionSettings {
+    std::string occluder;        // an image or numbered sequence; relative to the project
+    std::string channel;         // "alpha" (the default), "luma", "R", "G" or "B"
+    std::string depth;           // or a depth image or sequence, with lightDepth
+    double lightDepth = 0;
+    double radius = 0;           // of the frame's height; 0: the light's radius
+    bool offscreenVisible = false;
+    std::int32_t smoothing = 0;  // frames on each side
+    bool flashLimit = true;
+
+    bool operator==(const OcclusionSettings&) const = default;
+};
+
 struct Project {
     static constexpr int kFormatVersion = 2;
 
@@ -118,6 +139,7 @@ struct Project {
     double frameRate = 24.0;
     LightTrack light;
     OutputSettings output;
+    OcclusionSettings occlusion;
     std::map<std::string, ProjectChannel> channels;  // by channel path
 
     bool operator==(const Project&) const = default;

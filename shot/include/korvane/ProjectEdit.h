@@ -13,6 +13,10 @@
 //   output.workingColorspace, output.outputColorspace
 //                                     how frames become images; "-" sets
 //                                     a text back to the default
+//   occlusion.occluder, occlusion.channel, occlusion.depth,
+//   occlusion.lightDepth, occlusion.radius, occlusion.offscreenVisible,
+//   occlusion.smoothing, occlusion.flashLimit
+//                                     what hides the light; never keyed
 //   anything else                     a channel the plug-in offers, by its
 //                                     path ("Halo/Scale") or by a name only
 //                                     one channel has ("Ring Scale")
