@@ -263,8 +263,30 @@ std::string formatByContent(std::string_view bytes)
     return {};
 }
 
+// BMP: the reader's run-length decoding trusts the header (an RLE8 image
+// that claims 24 bits a pixel crashed it), and compressed BMPs are not what
+// artists hand us; only plain and bit-field images are read.
+std::optional<std::string> bmpFault(FileBytes& file)
+{
+    constexpr std::uint64_t kInfoHeaderAt = 14;
+    const std::optional<std::uint32_t> infoSize = file.u32(kInfoHeaderAt, false);
+    if (!infoSize)
+        return "is cut short before its header ends; the file is damaged";
+    if (*infoSize < 40)  // the oldest header has no compression field
+        return std::nullopt;
+    const std::optional<std::uint32_t> compression = file.u32(30, false);
+    if (!compression)
+        return "is cut short before its header ends; the file is damaged";
+    if (*compression != 0 && *compression != 3)
+        return "is compressed (method " + std::to_string(*compression) +
+               "), which is not read here; save it uncompressed or as PNG";
+    return std::nullopt;
+}
+
 std::optional<std::string> headerFault(const std::string& format, FileBytes& file)
 {
+    if (format == "bmp")
+        return bmpFault(file);
     if (format == "dpx")
         return dpxFault(file);
     if (format == "png")
